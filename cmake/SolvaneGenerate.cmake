@@ -1,0 +1,1 @@
+# solvane_generate(): runs solvane-gen over a folder of definitions.
