@@ -265,6 +265,20 @@ struct trace_item {
     std::int32_t  line = 0;
 };
 
+/// A structure that has a codec: a row of the peer table.
+struct peer_row {
+    std::string   struct_name;
+    std::uint32_t record_id = 0;
+    std::string   pack;    ///< names of the two functions
+    std::string   unpack;
+};
+
+/// Rows that are registered together, in their order.
+struct peer_family {
+    std::string           name;
+    std::vector<peer_row> rows;
+};
+
 /// A whole stack build.
 struct model {
     std::string baseline;        ///< baseline text
@@ -280,6 +294,8 @@ struct model {
     std::vector<constant>    constants;
 
     std::vector<domain>      domains;  ///< in the order of their entity values
+
+    std::vector<peer_family> peer_families;  ///< in the order of registration
 
     std::vector<std::string> trace_modules;
     std::vector<trace_item>  traces;   ///< head and last items included, ascending

@@ -63,6 +63,38 @@ struct tt_msg_index {
     const tt_msg_index_row   *index_rows;
 };
 
+/// Rows of the peer table that are registered together, in their order; their `reserved` word is 0.
+struct tt_peer_family {
+    const char        *name;
+    std::uint32_t      count;
+    const tt_peer_row *rows;
+};
+
+/// Families in the order of registration: the target agent's rows, then those of the stack.
+enum tt_peer_family_id {
+    TT_PEER_TARGET_AGENT,
+    TT_PEER_SM,
+    TT_PEER_SMS,
+    TT_PEER_GMM_MM,
+    TT_PEER_CC,
+    TT_PEER_CISS,
+    TT_PEER_CBMC,
+    TT_PEER_SS_OPERATIONS,
+    TT_PEER_STORED_ITEMS,
+    TT_PEER_GSM_RR,
+    TT_PEER_QOS,
+    TT_PEER_UMTS_RRC,
+    TT_PEER_EMM,
+    TT_PEER_ESM,
+    TT_PEER_NGMM,
+    TT_PEER_UE_POLICY,
+    TT_PEER_LTE_RRC,
+    TT_PEER_NR_RRC,
+    TT_NO_PEER_FAMILIES
+};
+
+extern const tt_peer_family tt_peer_families[TT_NO_PEER_FAMILIES];
+
 extern const char tt_baseline_text[];
 extern const char tt_version_text[];
 extern const char tt_variables_root[];
