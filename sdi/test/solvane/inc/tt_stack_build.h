@@ -112,3 +112,7 @@ extern const tt_msg_index tt_lte_msg_index;
 
 // The trace table, complete at load time.
 extern const tsc_db_info_struct tsc_db_info;
+
+/// Row in `tsc_db_info.db` of each module's head item, one entry a row of `tsc_db_info.mod_list`.  From it the
+/// row of an id is one addition away where ids have no gaps.  A hint: what it leads to is compared with the id.
+extern const std::uint32_t tsc_mod_first_item[];
