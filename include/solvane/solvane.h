@@ -503,26 +503,30 @@ SOLVANE_ILP32_SIZE(tt_peer_table_struct, 8);
 enum com_direction { COM_RECEIVE = 0, COM_TRANSMIT = 1, COM_BOTH = 2 };
 enum com_driver_row { COM_DRIVER_SERIAL = 0, COM_DRIVER_TCP = 1, COM_DRIVER_SOCKET = 2 };
 
-/* What opens a physical channel: 48 octets where words are 32 bits wide, copied by com_pch_add. */
+typedef struct com_tcp_attr {
+    tt_bool     server;
+    const char *address;
+    uint16_t    port;
+} com_tcp_attr;
+
+typedef struct com_serial_attr { /* the settings are results of the parse slots */
+    uint32_t unused;
+    uint32_t baud_rate;
+    uint32_t parity;
+    uint32_t stop_bits;
+    uint32_t flow_control;
+    uint32_t char_size;
+    uint32_t input_mode;
+} com_serial_attr;
+
+/* What opens a physical channel; com_pch_add copies it. */
 typedef struct com_pch_attr {
     uint32_t direction; /* com_direction */
     uint32_t driver;    /* com_driver_row */
     union {
-        struct {
-            tt_bool     server;
-            const char *address;
-            uint16_t    port;
-        } tcp;
-        struct {
-            uint32_t unused;
-            uint32_t baud_rate; /* this and the words below: results of the parse slots */
-            uint32_t parity;
-            uint32_t stop_bits;
-            uint32_t flow_control;
-            uint32_t char_size;
-            uint32_t input_mode;
-        } serial;
-        uint32_t words[10];
+        com_tcp_attr    tcp;
+        com_serial_attr serial;
+        uint32_t        words[10];
     } u;
 } com_pch_attr;
 SOLVANE_STATIC_ASSERT(sizeof(com_pch_attr) == 48, "com_pch_attr");
