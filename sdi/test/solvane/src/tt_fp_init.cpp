@@ -1,6 +1,7 @@
 // The service record of the library: version and the slots through which all codecs reach memory and formatted
 // printing.  Complete at load time by constant initialisation, so that a host can read it, and put its own
 // routines into it, before init_dll.  The library itself never writes to it.
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
