@@ -12,6 +12,7 @@ target_include_directories(solvane_flags INTERFACE
     ${PROJECT_SOURCE_DIR}/sdi/test/solvane/inc
     ${PROJECT_SOURCE_DIR}/sdi/test/dll/inc
     ${PROJECT_SOURCE_DIR}/sdi/conn/common/inc
+    ${PROJECT_SOURCE_DIR}/sdi/conn/tcp/inc
     ${PROJECT_SOURCE_DIR}/stack/common/debug_support/stack/common/inc
     ${PROJECT_SOURCE_DIR}/stack/common/debug_support/td_lte_stack/common/inc)
 if(SOLVANE_SANITIZE)
