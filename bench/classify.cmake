@@ -1,0 +1,1 @@
+solvane_bench(bench_classify classify.cpp LIBS solvane_core)
