@@ -659,6 +659,8 @@ typedef struct dll_info_struct {
     /* 48 */ uint32_t (*signal_msg_index_to_code)(uint16_t index);    /* 65535 at a miss */
     /* 49 */ uint32_t (*lte_msg_code_to_index)(uint16_t msg_code);    /* 0 at a miss */
     /* 50 */ uint32_t (*lte_msg_index_to_code)(uint16_t index);       /* 0 at a miss */
+    /* `kind` of the next two is a word that the caller sets to 0; its first octet becomes 1 or 2 for the table that
+     * knows the name, and is 0 for an unknown one. */
     /* 51 */ uint32_t (*air_msg_pack)(const char *struct_name, pack_info_struct *cursor, const void *value,
                                       uint32_t *kind); /* octets written */
     /* 52 */ uint32_t (*air_msg_unpack)(const char *struct_name, void *value, unpack_info_struct *cursor,
