@@ -2,7 +2,6 @@
 #include "base/diagnostics.h"
 
 #include <algorithm>
-#include <tuple>
 #include <utility>
 
 #include <fmt/format.h>
@@ -41,14 +40,22 @@ std::uint32_t diagnostics::add_file(std::string path, std::string text)
     return static_cast<std::uint32_t>(files_.size() - 1);
 }
 
+/// Several messages about a file as a whole are kept.
+bool diagnostics::is_fresh(const place &where)
+{
+    return told_.insert(where).second || where.line == 0;
+}
+
 void diagnostics::error(const place &where, std::string text)
 {
-    messages_.push_back({where, std::move(text), false, {}, {}});
+    if (is_fresh(where))
+        messages_.push_back({where, std::move(text), false, {}, {}});
 }
 
 void diagnostics::conflict(const place &where, std::string text, const place &other, std::string note)
 {
-    messages_.push_back({where, std::move(text), true, other, std::move(note)});
+    if (is_fresh(where))
+        messages_.push_back({where, std::move(text), true, other, std::move(note)});
 }
 
 std::string diagnostics::line_with_caret(const place &where) const
@@ -63,8 +70,7 @@ std::string diagnostics::render() const
     for (const message &m : messages_)
         order.push_back(&m);
     std::stable_sort(order.begin(), order.end(), [](const message *a, const message *b) {
-        return std::tie(a->where.file, a->where.line, a->where.column) <
-               std::tie(b->where.file, b->where.line, b->where.column);
+        return a->where < b->where;
     });
 
     std::string out;

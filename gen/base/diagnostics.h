@@ -4,7 +4,9 @@
 // `file:line:column: error: text`, followed by the source line and a caret.
 #pragma once
 
+#include <compare>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +18,8 @@ struct place {
     std::uint32_t file = 0;
     std::uint32_t line = 0;
     std::uint32_t column = 0;
+
+    friend auto operator<=>(const place &, const place &) = default;
 };
 
 class diagnostics {
@@ -26,6 +30,7 @@ public:
     const std::string &path(std::uint32_t file) const { return files_[file].path; }
     const std::string &text(std::uint32_t file) const { return files_[file].text; }
 
+    /// A place is told of once: what goes wrong there later is a consequence more often than a second fault.
     void error(const place &where, std::string text);
     /// An error with a second place: the definition that the first one clashes with.
     void conflict(const place &where, std::string text, const place &other, std::string note);
@@ -50,9 +55,11 @@ private:
     };
 
     std::string line_with_caret(const place &where) const;
+    bool        is_fresh(const place &where);
 
     std::vector<input>   files_;
     std::vector<message> messages_;
+    std::set<place>      told_;
 };
 
 } // namespace solvane::gen

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/diagnostics.h"
@@ -132,6 +133,7 @@ struct type_row {
     std::vector<std::uint32_t> dim_index;    ///< a level's index into `offsize`, no_index at a pointer
     std::uint32_t          type_index = no_index;
     std::string            cpp_name;         ///< spelling of the base for sizeof
+    std::uint32_t          alias_id = no_index;  ///< no_index: the row of a tag
 };
 
 struct member_row {
@@ -258,7 +260,7 @@ struct domain {
 };
 
 struct trace_item {
-    std::uint32_t id = 0;
+    std::uint32_t id = 0;  ///< before the rows are laid the first id of its module
     std::string   format;
     std::uint32_t status = 0;
     std::string   file;
@@ -300,6 +302,9 @@ struct model {
     std::vector<std::string> trace_modules;
     std::vector<trace_item>  traces;   ///< head and last items included, ascending
 };
+
+/// The name of a basic kind in a row ("unsigned long", "void"); empty for the other kinds.
+std::string_view basic_name(kind base);
 
 /// The C++ spelling of a type use without its declarators ("uint8", "mm_lai_struct", "uint32_t").
 std::string cpp_type(const model &m, const type_use &use);

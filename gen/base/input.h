@@ -1,0 +1,22 @@
+// The input files of a run, read into memory: the stages behind see paths and texts, never the file system.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace solvane::gen {
+
+/// A file below the folder of the definitions.
+struct input_file {
+    std::string path;  ///< from the folder's root, '/' between the parts
+    std::string text;
+};
+
+/// The files at the top of `folder` and one folder below it that have one of the endings `.def`, `.val` and
+/// `.tsv`, in the order of their paths by octet value.  Answers nothing when one of them cannot be read and puts
+/// its path into `unreadable`.
+std::optional<std::vector<input_file>> read_folder(const std::filesystem::path &folder, std::string &unreadable);
+
+} // namespace solvane::gen
