@@ -42,14 +42,9 @@ void check_baseline_head(diagnostics &diag, const baseline_def &baseline)
     }
 }
 
-/// What a file that must exist is missed with.
-bool has_files(diagnostics &diag, const folder_def &folder)
+void miss_file(diagnostics &diag, const char *path)
 {
-    if (!folder.baseline)
-        diag.error({diag.add_file("baseline.def", ""), 0, 0}, "the folder of the definitions has no such file");
-    if (!folder.trace_modules)
-        diag.error({diag.add_file("traces/modules.tsv", ""), 0, 0}, "the folder of the definitions has no such file");
-    return folder.baseline && folder.trace_modules;
+    diag.error({diag.add_file(path, ""), 0, 0}, "the folder of the definitions has no such file");
 }
 
 /// Which units see which, in the order of the units: an import sees less than who imports it.
@@ -86,13 +81,18 @@ checked_folder check(diagnostics &diag, folder_def tree)
 {
     checked_folder folder;
     folder.tree = std::move(tree);
-    if (!has_files(diag, folder.tree))
+    if (!folder.tree.baseline) { // which folders are domains is unknown
+        miss_file(diag, "baseline.def");
         return folder;
+    }
     check_baseline_head(diag, *folder.tree.baseline);
     if (!order_units(diag, folder.tree))
         return folder;
     make_domains(diag, folder);
-    folder.trace_modules = read_trace_modules(diag, *folder.tree.trace_modules);
+    if (folder.tree.trace_modules)
+        folder.trace_modules = read_trace_modules(diag, *folder.tree.trace_modules);
+    else
+        miss_file(diag, "traces/modules.tsv");
     folder.statements = read_statements(diag, folder.tree.traces, folder.trace_modules);
 
     scope s{diag, folder.tree, visibility(folder.tree), {}, {}, {}, {}, 0, 0, 0};
