@@ -16,12 +16,10 @@
 #include "def/lex.h"
 #include "def/lower.h"
 #include "def/parse.h"
+#include "emit/emit.h"
 #include "model/dump.h"
 #include "model/model.h"
 #include "model/rows.h"
-#if __has_include("emit/emit.h")
-#include "emit/emit.h"
-#endif
 
 namespace {
 
@@ -143,11 +141,7 @@ int run(const options &o)
     if (!o.dump.empty())
         return exit_done;
 
-#if __has_include("emit/emit.h")
     return write_all(o, *inputs, emit_all(m));
-#else
-    return write_all(o, *inputs, {});
-#endif
 }
 
 } // namespace
