@@ -20,6 +20,7 @@
 #include "model/dump.h"
 #include "model/model.h"
 #include "model/rows.h"
+#include "model/scale.h"
 
 namespace {
 
@@ -32,6 +33,7 @@ struct options {
     std::string out;
     std::string depfile;
     std::string dump;
+    std::string scale;
     bool        list_outputs = false;
 };
 
@@ -133,6 +135,8 @@ int run(const options &o)
         return tell(diag);
 
     model m = def::lower(std::move(checked));
+    if (!o.scale.empty())
+        scale_up(m, o.scale == "full" ? 100u : static_cast<std::uint32_t>(std::stoul(o.scale)));
     lay_rows(m, diag);
     if (o.dump == "model")
         std::cout << dump_model(m);
@@ -155,12 +159,20 @@ int main(int argc, char **argv)
                  "\nMakes the sources of the plug-in's tables and records of a folder of definitions.",
                  "solvane-gen"};
     app.set_version_flag("-V,--version", "solvane-gen 1.0.0");
-    app.add_option("--db", o.db, "Folder of the definitions")->required()->check(CLI::ExistingDirectory);
-    CLI::Option *out = app.add_option("-o,--output", o.out, "Output directory; made where it is missing");
-    app.add_option("--depfile", o.depfile, "Write what the outputs depend on, as a make rule");
+    app.add_option("--db", o.db, "Folder of the definitions")
+        ->required()
+        ->check(CLI::ExistingDirectory)
+        ->option_text("DIR");
+    CLI::Option *out = app.add_option("-o,--output", o.out, "Output directory, made where it is missing")
+                           ->option_text("DIR");
+    app.add_option("--depfile", o.depfile, "Write what the outputs depend on, as a make rule")->option_text("FILE");
     app.add_flag("--list-outputs", o.list_outputs, "Print the paths of the outputs and write nothing");
     CLI::Option *dump = app.add_option("--dump", o.dump, "Print a stage and write nothing")
-                            ->check(CLI::IsMember({"tokens", "tree", "model"}));
+                            ->check(CLI::IsMember({"tokens", "tree", "model"}))
+                            ->option_text("tokens|tree|model");
+    app.add_option("--scale", o.scale, "Add made-up rows up to the size of a whole stack build, or N per cent of it")
+        ->check(CLI::IsMember({"full"}) | CLI::Range(1, 100))
+        ->option_text("full|N");
     try {
         app.parse(argc, argv);
         if (out->empty() && dump->empty())
