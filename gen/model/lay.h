@@ -13,6 +13,8 @@ struct row_numbers {
     std::vector<std::uint32_t> structs;  ///< by record id
     std::vector<std::uint32_t> enums;    ///< by enumeration id
     std::vector<std::uint32_t> types;    ///< by alias id
+    std::vector<std::uint32_t> record_types;  ///< row of a record's own name in the type table, by record id
+    std::vector<std::uint32_t> enum_types;    ///< the same by enumeration id; none for an anonymous one
     std::vector<std::uint32_t> lists;    ///< ids of the domain's list families in the order of their definition
     std::uint32_t              bits_record = no_index;  ///< record id of AsnBits
 

@@ -124,13 +124,32 @@ type_row make_type_row(const model &m, const domain &d, const row_numbers &rows,
     return row;
 }
 
+/// Row of the type table that a typedef leads to when its base has a name there; no_index for the others.
+std::uint32_t named_base(const row_numbers &rows, const type_use &base)
+{
+    if (is_record(base.base))
+        return rows.record_types[base.id];
+    return base.base == kind::enumeration ? rows.enum_types[base.id] : no_index;
+}
+
+/// A typedef of a tag leads to the tag's row, not behind it.
+type_row make_alias_row(const model &m, const domain &d, const row_numbers &rows, std::uint32_t alias_id)
+{
+    const alias &a = m.aliases[alias_id];
+    type_row     row = make_type_row(m, d, rows, a.name, a.base, a.dims, rows.alias_tags[alias_id]);
+    row.alias_id = alias_id;
+    if (const std::uint32_t base = named_base(rows, a.base); base != no_index) {
+        row.base = kind::type_name;
+        row.type_index = base;
+    }
+    return row;
+}
+
 /// A tag is a name of its own type; an anonymous enumeration has its typedef's row only.
 void add_type_row(const model &m, domain &d, const row_numbers &rows, const definition &what)
 {
     if (what.kind == definition::what::alias) {
-        const alias &a = m.aliases[what.id];
-        d.types.push_back(make_type_row(m, d, rows, a.name, a.base, a.dims, rows.alias_tags[what.id]));
-        d.types.back().alias_id = what.id;
+        d.types.push_back(make_alias_row(m, d, rows, what.id));
     } else if (what.kind == definition::what::record) {
         const record  &r = m.records[what.id];
         const type_use use{r.is_union ? kind::union_ : kind::structure, what.id};
@@ -163,16 +182,19 @@ row_numbers number_rows(const model &m, const domain &d)
     rows.structs.assign(m.records.size(), no_index);
     rows.enums.assign(m.enums.size(), no_index);
     rows.types.assign(m.aliases.size(), no_index);
+    rows.record_types.assign(m.records.size(), no_index);
+    rows.enum_types.assign(m.enums.size(), no_index);
     std::uint32_t no_structs = 0, no_enums = 0, no_types = 0;
     for_each_definition(m, d, [&](const definition &what) {
         switch (what.kind) {
         case definition::what::enumeration:
             rows.enums[what.id] = no_enums++;
-            no_types += m.enums[what.id].name.empty() ? 0 : 1;
+            if (!m.enums[what.id].name.empty())
+                rows.enum_types[what.id] = no_types++;
             break;
         case definition::what::record:
             rows.structs[what.id] = no_structs++;
-            ++no_types;
+            rows.record_types[what.id] = no_types++;
             if (m.records[what.id].name == "AsnBits")
                 rows.bits_record = what.id;
             break;
