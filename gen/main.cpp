@@ -32,6 +32,7 @@ struct options {
     std::string db;
     std::string out;
     std::string depfile;
+    std::string depfile_target;
     std::string dump;
     std::string scale;
     bool        list_outputs = false;
@@ -99,8 +100,11 @@ int write_all(const options &o, const std::vector<input_file> &inputs, const std
     if (o.depfile.empty())
         return exit_done;
     std::vector<std::string> targets;
-    for (const output_file &file : outputs)
-        targets.push_back((std::filesystem::path(o.out) / file.path).generic_string());
+    if (o.depfile_target.empty())
+        for (const output_file &file : outputs)
+            targets.push_back((std::filesystem::path(o.out) / file.path).generic_string());
+    else
+        targets.push_back(o.depfile_target);
     const std::filesystem::path path(o.depfile);
     const std::string           name = path.filename().generic_string();
     if (const std::optional<std::string> failed =
@@ -166,6 +170,8 @@ int main(int argc, char **argv)
     CLI::Option *out = app.add_option("-o,--output", o.out, "Output directory, made where it is missing")
                            ->option_text("DIR");
     app.add_option("--depfile", o.depfile, "Write what the outputs depend on, as a make rule")->option_text("FILE");
+    app.add_option("--depfile-target", o.depfile_target, "Target of that rule in place of the outputs, such as a stamp")
+        ->option_text("FILE");
     app.add_flag("--list-outputs", o.list_outputs, "Print the paths of the outputs and write nothing");
     CLI::Option *dump = app.add_option("--dump", o.dump, "Print a stage and write nothing")
                             ->check(CLI::IsMember({"tokens", "tree", "model"}))
