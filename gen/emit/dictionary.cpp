@@ -56,16 +56,6 @@ std::string rows_at(std::string_view array, std::size_t at, std::size_t count)
     return std::string(array) + (at == 0 ? "" : " + " + std::to_string(at));
 }
 
-/// A constant array, or nothing when it has no rows.
-void put_rows(std::string &out, std::string_view comment, std::string_view definition, const cell_table &rows)
-{
-    if (rows.rows.empty())
-        return;
-    put(out, "// $comment$\n$definition$[] = {\n", {{"comment", comment}, {"definition", definition}});
-    put_initialisers(out, rows);
-    out += "};\n\n";
-}
-
 // ---------------------------------------------------------------------------------------- types, enumerations
 
 void put_types(std::string &out, const domain &d)
@@ -74,13 +64,19 @@ void put_types(std::string &out, const domain &d)
     cell_table rows;
     for (const type_row &t : d.types) {
         const dim_pool::cells levels = dims.add(t.dims, t.dim_index);
-        rows.add({text_literal(t.name), std::to_string(t.rt_tag), std::string(kind_text(t.base)), text_literal(t.base_name),
-                  levels.count, levels.rows, index_text(t.type_index)},
+        rows.add({text_literal(t.name), std::to_string(t.rt_tag), std::string(kind_text(t.base)),
+                  text_literal(t.base_name), levels.count, levels.rows, index_text(t.type_index)},
                  std::to_string(rows.rows.size()));
     }
-    dims.put_array(out);
-    put_rows(out, "Names, run-time tags and bases of all types.", "const rw_type_row " + table_name(d, "types"),
-             rows);
+    dims.put_rows(out);
+    put_array(out, "Types: name, run-time tag, base, levels, row of the base.",
+              "const rw_type_row " + table_name(d, "types") + "[]", rows);
+}
+
+/// What is known of a literal: a value, or that its initialiser could not be evaluated.
+std::string literal_value(const literal &l)
+{
+    return l.evaluated ? "{RW_VS_VALID_VAL, " + std::to_string(l.value) + "}" : "{RW_VS_INVAL_ASSIGNED, 0}";
 }
 
 void put_enums(std::string &out, const model &m, const domain &d)
@@ -94,13 +90,13 @@ void put_enums(std::string &out, const model &m, const domain &d)
                   rows_at("literals", at, list.size())});
         literals.heading(std::to_string(rows.rows.size() - 1) + " " + e.name);
         for (const literal &l : list)
-            literals.add({text_literal(l.name), std::string(l.evaluated ? "{RW_VS_VALID_VAL, " : "{RW_VS_INVAL_ASSIGNED, ") +
-                                              std::to_string(l.evaluated ? l.value : 0) + "}"});
+            literals.add({text_literal(l.name), literal_value(l)});
         at += list.size();
     }
     if (at != 0)
-        put_rows(out, "Literals, by enumeration.", "static const rw_literal_row literals", literals);
-    put_rows(out, "Enumerations: name, row number, literals.", "const rw_enum_row " + table_name(d, "enums"), rows);
+        put_array(out, "Literals, by enumeration.", "static const rw_literal_row literals[]", literals);
+    put_array(out, "Enumerations: name, row number, literals.",
+              "const rw_enum_row " + table_name(d, "enums") + "[]", rows);
 }
 
 void put_rt_tables(std::string &out, const domain &d)
@@ -116,11 +112,11 @@ void put_rt_tables(std::string &out, const domain &d)
     for (const rt_type_row &t : d.rt_types)
         types.add({std::to_string(t.id), "RW_KIND_TYPEDEF", text_literal(t.name)});
 
-    put_rows(out, "Keys of the run-time type rules: selector, tag of the enclosing type.",
-             "static const std::uint16_t rt_keys[][2]", keys);
-    put_rows(out, "Run-time type rules: key, length function, type.",
-             "const rw_rt_rule_row " + table_name(d, "rt_rules"), rules);
-    put_rows(out, "Run-time types.", "const rw_rt_type_row " + table_name(d, "rt_types"), types);
+    put_array(out, "Keys of the run-time type rules: selector, tag of the enclosing type.",
+              "static const std::uint16_t rt_keys[][2]", keys);
+    put_array(out, "Run-time type rules: key, length function, type.",
+              "const rw_rt_rule_row " + table_name(d, "rt_rules") + "[]", rules);
+    put_array(out, "Run-time types.", "const rw_rt_type_row " + table_name(d, "rt_types") + "[]", types);
 }
 
 std::string types_source(const model &m, const domain &d)
@@ -164,8 +160,9 @@ std::string structs_source(const model &m, const domain &d)
     for (const struct_row &s : d.structs) {
         const record &r = m.records[s.record_id];
         const auto    number = std::to_string(rows.rows.size());
-        rows.add({text_literal(r.name), r.is_union ? "RW_KIND_UNION" : "RW_KIND_STRUCT", std::to_string(s.size_index), "0",
-                  std::to_string(s.members.size()), rows_at("members", at, s.members.size())},
+        rows.add({text_literal(r.name), r.is_union ? "RW_KIND_UNION" : "RW_KIND_STRUCT",
+                  std::to_string(s.size_index), "0", std::to_string(s.members.size()),
+                  rows_at("members", at, s.members.size())},
                  number);
         members.heading(number + " " + r.name);
         for (const member_row &row : s.members)
@@ -176,13 +173,13 @@ std::string structs_source(const model &m, const domain &d)
     std::string out;
     put_head(out, "Dictionary of the domain " + d.name + ": structures, unions and their members.", domain_input(d));
     out += tables_include(d) + '\n';
-    dims.put_array(out);
+    dims.put_rows(out);
     if (at != 0)
-        put_rows(out,
+        put_array(out,
                  "Members, by structure: name, offset, role, reference, run-time rule, selector and tag, type.",
-                 "static const rw_member_row members", members);
-    put_rows(out, "Structures and unions: name, kind, size, members.",
-             "const rw_struct_row " + table_name(d, "structs"), rows);
+                 "static const rw_member_row members[]", members);
+    put_array(out, "Structures and unions: name, kind, size, members.",
+              "const rw_struct_row " + table_name(d, "structs") + "[]", rows);
     out.pop_back();
     return out;
 }

@@ -55,11 +55,15 @@ std::string entry_text(const model &m, const offsize_entry &entry)
 
 void put_offsize(std::string &out, const model &m, const domain &d)
 {
-    out += "// Enumeration sizes; by structure its size and by member the offset and the array sizes; then the array\n"
-           "// sizes of the types.  What does not fit into 16 bits does not compile.\n"
-           "static const rw_offsize_type offsize[] = {\n";
-    for (std::size_t n = 0; n < d.offsize.size(); ++n)
-        put(out, "    $entry$, // $row$\n", {{"entry", entry_text(m, d.offsize[n])}, {"row", std::to_string(n)}});
+    if (d.offsize.empty())
+        return;
+    cell_table rows{.rows = {}, .widest = 60};
+    for (const offsize_entry &entry : d.offsize)
+        rows.add({entry_text(m, entry)}, std::to_string(rows.rows.size()));
+    out += "// Enumeration sizes; by structure its size and by member the offset and the array sizes; array sizes of\n"
+           "// the types.  What does not fit into 16 bits does not compile.\n";
+    out += "static const rw_offsize_type offsize[] = {\n";
+    put_initialisers(out, rows);
     out += "};\n\n";
 }
 
@@ -103,33 +107,43 @@ std::string field_value(const model &m, const member &field)
     return fmt::format("value & 0x{:X}", (UINT32_C(1) << field.bit_width) - 1);
 }
 
-/// Cases of the setter, one a line; `has_signed` tells whether a field is signed.
-std::string setter_cases(const model &m, const domain &d, bool &has_signed)
-{
-    std::map<std::string, std::size_t> groups;
-    std::vector<std::string>           labels; // of a group, in the order of their first field
-    std::vector<const bit_field_row *> firsts;
-    for (std::size_t n = 0; n < d.bit_fields.size(); ++n) {
-        const auto [group, is_new] = groups.try_emplace(place_of(m, d.bit_fields[n]), firsts.size());
-        if (is_new) {
-            firsts.push_back(&d.bit_fields[n]);
-            labels.emplace_back();
-        }
-        labels[group->second] += "case " + std::to_string(n) + ": ";
-    }
+/// Fields that share a case of the setter.
+struct setter_case {
+    const bit_field_row       *field = nullptr; ///< the first one, whose record the assignment names
+    std::vector<std::uint32_t> indices;
+};
 
-    std::string out;
-    for (std::size_t n = 0; n < firsts.size(); ++n) {
-        const bit_field_row &row = *firsts[n];
-        const member        &field = m.records[row.record_id].members[row.member];
-        has_signed = has_signed || is_signed(m, field);
-        put(out, "    $cases$at<$record$>(buffer).$member$ = $value$; break;\n",
-            {{"cases", labels[n]},
-             {"record", record_name(m, row.record_id)},
-             {"member", member_name(m, row.record_id, row.member)},
-             {"value", field_value(m, field)}});
+std::vector<setter_case> setter_cases(const model &m, const domain &d)
+{
+    std::vector<setter_case>           cases;
+    std::map<std::string, std::size_t> by_place;
+    for (std::uint32_t index = 0; index < d.bit_fields.size(); ++index) {
+        const auto [place, is_new] = by_place.try_emplace(place_of(m, d.bit_fields[index]), cases.size());
+        if (is_new)
+            cases.push_back({&d.bit_fields[index], {}});
+        cases[place->second].indices.push_back(index);
     }
-    return out;
+    return cases;
+}
+
+/// A line a case; where many fields share one, their labels fill lines ahead of it.
+void put_case(std::string &out, const model &m, const setter_case &shared)
+{
+    const bit_field_row &row = *shared.field;
+    std::string          line = "   ";
+    for (const std::uint32_t index : shared.indices) {
+        const std::string label = " case " + std::to_string(index) + ":";
+        if (line.size() + label.size() > 80) {
+            (out += line) += '\n';
+            line = "   ";
+        }
+        line += label;
+    }
+    put(out, "$labels$ at<$record$>(buffer).$member$ = $value$; break;\n",
+        {{"labels", line},
+         {"record", record_name(m, row.record_id)},
+         {"member", member_name(m, row.record_id, row.member)},
+         {"value", field_value(m, m.records[row.record_id].members[row.member])}});
 }
 
 void put_bit_sizes(std::string &out, const model &m, const domain &d)
@@ -139,9 +153,7 @@ void put_bit_sizes(std::string &out, const model &m, const domain &d)
         rows.add({std::to_string(field.width)}, std::to_string(rows.rows.size()) + " " +
                                                     m.records[field.record_id].name + "." +
                                                     m.records[field.record_id].members[field.member].name);
-    out += "// Declared widths of the bit-fields.\nstatic const std::uint8_t bit_sizes[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+    put_array(out, "Declared widths of the bit-fields.", "static const std::uint8_t bit_sizes[]", rows);
 }
 
 void put_fit_checks(std::string &out, const model &m, const domain &d)
@@ -156,15 +168,28 @@ void put_fit_checks(std::string &out, const model &m, const domain &d)
     out += '\n';
 }
 
+constexpr std::string_view signed_pragma = R"(
+// No cast leads to the width of a signed bit-field: the value is cut as it is stored.
+#pragma GCC diagnostic ignored "-Wconversion"
+)";
+
 void put_bit_fields(std::string &out, const model &m, const domain &d)
 {
     if (d.bit_fields.empty()) {
-        out += "// The domain has no bit-fields.\nstatic void set_bit_field(std::uint8_t *, std::uint32_t, unsigned)\n"
-               "{\n}\n\n";
+        out += R"(// The domain has no bit-fields.
+static void set_bit_field(std::uint8_t *, std::uint32_t, unsigned)
+{
+}
+
+)";
         return;
     }
-    bool              has_signed = false;
-    const std::string cases = setter_cases(m, d, has_signed);
+    std::string cases;
+    bool        has_signed = false;
+    for (const setter_case &shared : setter_cases(m, d)) {
+        put_case(cases, m, shared);
+        has_signed = has_signed || is_signed(m, m.records[shared.field->record_id].members[shared.field->member]);
+    }
     put_bit_sizes(out, m, d);
     put_fit_checks(out, m, d);
     put(out, R"(
@@ -172,8 +197,8 @@ template <typename record> static record &at(std::uint8_t *buffer)
 {
     return *reinterpret_cast<record *>(buffer);
 }
-
-$silence$// Fields at the same place of structures that begin alike share a case.
+$pragma$
+// Fields at the same place of structures that begin alike share a case.
 static void set_bit_field(std::uint8_t *buffer, std::uint32_t index, unsigned value)
 {
     switch (index) {
@@ -182,9 +207,7 @@ $cases$    default: break;
 }
 
 )", {{"cases", cases},
-     {"silence", has_signed ? "// A value cannot be cast to the width of a signed bit-field; it is cut as it is stored.\n"
-                              "#pragma GCC diagnostic ignored \"-Wconversion\"\n\n"
-                            : ""}});
+     {"pragma", has_signed ? signed_pragma : ""}});
 }
 
 // ------------------------------------------------------------------------------------------------- the records
@@ -243,8 +266,7 @@ std::string layout_source(const model &m, const domain &d)
     for (const std::uint32_t id : d.units)
         if (!m.units[id].declared_in.empty() && checking_domain(m, id) == &d)
             put_checks(out, m, m.units[id]);
-    if (!d.offsize.empty())
-        put_offsize(out, m, d);
+    put_offsize(out, m, d);
     put_bit_fields(out, m, d);
     put_sup(out, d);
     put_storage(out, d);

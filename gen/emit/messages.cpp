@@ -26,9 +26,7 @@ void put_messages(std::string &out, const domain &d)
     for (const message_row &r : d.messages)
         rows.add({hex(r.code), text_literal(r.name), std::to_string(r.sap_code), text_literal(r.sap_name),
                   text_literal(r.struct_name)});
-    out += "static const tt_msg_row messages[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+    put_array(out, "Messages: code, name, access point, structure.", "static const tt_msg_row messages[]", rows);
 }
 
 void put_index_rows(std::string &out, const domain &d)
@@ -36,21 +34,18 @@ void put_index_rows(std::string &out, const domain &d)
     cell_table rows;
     for (const std::uint32_t code : d.index_codes)
         rows.add({std::to_string(rows.rows.size()), hex(code)});
-    out += "// Codes by index; the first row and the last are sentinels.\n"
-           "static const tt_msg_index_row index_rows[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+    put_array(out, "Codes by index; the first row and the last are sentinels.",
+              "static const tt_msg_index_row index_rows[]", rows);
 }
 
 void put_ranges(std::string &out, const domain &d)
 {
     cell_table rows;
     for (const message_range &r : d.ranges)
-        rows.add({"{" + std::to_string(r.first_index) + ", " + hex(r.first_code) + "}",
-                  "{" + std::to_string(r.last_index) + ", " + hex(r.last_code) + "}"});
-    out += "// Runs of codes by their first and last row of the index.\nstatic const tt_msg_index_range ranges[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+        rows.add({fmt::format("{{{}, {}}}", r.first_index, hex(r.first_code)),
+                  fmt::format("{{{}, {}}}", r.last_index, hex(r.last_code))});
+    put_array(out, "Runs of codes by their first and last row of the index.",
+              "static const tt_msg_index_range ranges[]", rows);
 }
 
 void put_table(std::string &out, const domain &d)
@@ -75,11 +70,10 @@ std::string messages_source(const domain &d)
     std::string out;
     put_head(out, "Messages of the domain " + d.name + ".", d.name + "/messages.tsv");
     out += "#include <iterator>\n\n" + tables_include(d) + '\n';
-    if (!d.messages.empty())
-        put_messages(out, d);
+    put_messages(out, d);
     if (d.indexed)
         put_index_rows(out, d);
-    if (is_looked_up(d) && !d.ranges.empty())
+    if (is_looked_up(d))
         put_ranges(out, d);
     if (d.has_messages)
         put_table(out, d);

@@ -100,13 +100,18 @@ std::string peer_families(const model &m)
 {
     std::string out;
     put_head(out, "The families of the peer table in the order of their registration.", "peers.def");
-    out += "#include \"tt_stack_build.h\"\n\n";
+    out += "#include \"tt_stack_build.h\"\n";
     cell_table rows;
+    bool       declared = false;
     for (const peer_family &family : m.peer_families) {
         const bool empty = family.rows.empty();
-        if (!empty)
+        if (!empty) {
+            out += declared ? "" : "\n";
             out += rows_declaration(family);
-        rows.add({text_literal(family.name), std::to_string(family.rows.size()), empty ? "nullptr" : rows_name(family)});
+            declared = true;
+        }
+        rows.add({text_literal(family.name), std::to_string(family.rows.size()),
+                  empty ? "nullptr" : rows_name(family)});
     }
     out += '\n';
     for (std::size_t n = 0; n < m.peer_families.size(); ++n)

@@ -129,12 +129,15 @@ void put_record(std::string &out, const model &m, std::uint32_t record_id)
 void put_typedef(std::string &out, const model &m, std::uint32_t alias_id)
 {
     const alias &a = m.aliases[alias_id];
+    std::string  note;
+    if (a.list_id != no_index) {
+        const alias &element = m.aliases[m.lists[a.list_id].element_alias];
+        note = " // of " + cpp_type(m, element.base);
+    }
     put(out, "typedef $base$ $declarator$;$note$\n",
         {{"base", cpp_type(m, a.base)},
          {"declarator", declarator(alias_name(m, alias_id), a.dims)},
-         {"note", a.list_id == no_index
-                      ? ""
-                      : " // of " + m.aliases[m.lists[a.list_id].element_alias].name.substr(sizeof "ASN_LST_D_" - 1)}});
+         {"note", note}});
 }
 
 void put_forward(std::string &out, const model &m, std::uint32_t record_id)

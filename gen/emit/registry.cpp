@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <array>
 
+#include <fmt/format.h>
+
 #include "emit/emit.h"
 #include "emit/record.h"
 #include "emit/tables.h"
@@ -146,14 +148,12 @@ void put_module_rows(std::string &out, const domain &d)
         cell_table rows;
         for (const module_enum_row &row : d.module_tables[n]) {
             const bool state = static_cast<module_table>(n) == module_table::states;
-            rows.add({state ? std::to_string(row.index / 256) + " * 256 + " + std::to_string(row.index % 256)
+            rows.add({state ? fmt::format("{} * 256 + {}", row.index / 256, row.index % 256)
                             : std::to_string(row.index),
                       text_literal(row.name)});
         }
-        put(out, "static const tt_module_enum_row $domain$_$table$[] = {\n",
-            {{"domain", d.name}, {"table", module_table_names[n]}});
-        put_initialisers(out, rows);
-        out += "};\n\n";
+        put_array(out, fmt::format("By module of the domain {}.", d.name),
+                  fmt::format("static const tt_module_enum_row {}_{}[]", d.name, module_table_names[n]), rows);
     }
 }
 
@@ -180,13 +180,13 @@ void put_domain_desc(std::string &out, const domain &d)
      {"channels", text_literal(d.channels)},
      {"error_actions", text_literal(d.error_actions)},
      {"peer_params", text_literal(d.peer_params)},
-     {"msg_table", d.has_messages ? "&" + table_name(d, "msg_table") : "nullptr"},
+     {"msg_table", d.has_messages ? fmt::format("&{}", table_name(d, "msg_table")) : "nullptr"},
      {"context", text_literal(d.context)}});
     for (std::size_t n = 0; n < no_module_tables; ++n) {
         const std::string rows = d.name + "_" + std::string(module_table_names[n]);
         const bool        empty = d.module_tables[n].empty();
         put(out, "        .$table$ = {$list$},\n",
-            {{"table", module_table_names[n]}, {"list", empty ? "0, nullptr" : "std::size(" + rows + "), " + rows}});
+            {{"table", module_table_names[n]}, {"list", empty ? "0, nullptr" : fmt::format("std::size({0}), {0}", rows)}});
     }
     out += "    },\n";
 }
@@ -197,7 +197,7 @@ void put_pointers(std::string &out, const model &m, std::string_view definition,
     out += '\n';
     put(out, "$definition$[TT_NO_DOMAINS] = {\n", {{"definition", definition}});
     for (const domain *d : by_entity(m))
-        out += d != nullptr ? "    &" + table_name(*d, what) + ",\n" : "    nullptr,\n";
+        out += d != nullptr ? fmt::format("    &{},\n", table_name(*d, what)) : "    nullptr,\n";
     out += "};\n";
 }
 

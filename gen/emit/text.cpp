@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include <fmt/format.h>
+
 namespace solvane::gen {
 
 namespace {
@@ -110,11 +112,11 @@ std::string declarator(std::string_view name, const std::vector<dimension> &dims
     for (std::size_t level = first_level; level < dims.size(); ++level) {
         const bool behind_pointer = level > first_level && dims[level - 1].pointer;
         if (dims[level].pointer)
-            out.insert(0, "*");
+            out = fmt::format("*{}", out);
         else if (behind_pointer)
-            out = "(" + out + ")[" + std::to_string(dims[level].count) + "]";
+            out = fmt::format("({})[{}]", out, dims[level].count);
         else
-            out += "[" + std::to_string(dims[level].count) + "]";
+            out += fmt::format("[{}]", dims[level].count);
     }
     return out;
 }
@@ -133,12 +135,12 @@ void cell_table::heading(std::string text)
 
 namespace {
 
-/// Widths of the columns, the last of a row apart: nothing stands behind it.
-std::vector<std::size_t> column_widths(const cell_table &table, bool last_too)
+/// Widths of the columns.
+std::vector<std::size_t> column_widths(const cell_table &table)
 {
     std::vector<std::size_t> widths;
     for (const cell_table::row &row : table.rows)
-        for (std::size_t n = 0; n + (last_too ? 0 : 1) < row.cells.size(); ++n) {
+        for (std::size_t n = 0; n < row.cells.size(); ++n) {
             if (widths.size() <= n)
                 widths.resize(n + 1);
             if (row.cells[n].size() <= table.widest)
@@ -153,10 +155,26 @@ void pad(std::string &out, std::size_t width, std::size_t used)
         out.append(width - used, ' ');
 }
 
-void put_note(std::string &out, std::string_view note)
+/// Cells with `separator` and padding between them.
+void put_cells(std::string &out, const cell_table::row &row, const std::vector<std::size_t> &widths,
+               std::string_view separator)
 {
-    if (!note.empty())
-        (out += " // ") += note;
+    for (std::size_t n = 0; n < row.cells.size(); ++n) {
+        out += row.cells[n];
+        if (n + 1 == row.cells.size())
+            return;
+        out += separator;
+        pad(out, widths[n], row.cells[n].size());
+    }
+}
+
+/// The end of a row: its note at the column where the widest last cell ends.
+void put_note(std::string &out, const cell_table::row &row, const std::vector<std::size_t> &widths)
+{
+    if (!row.note.empty()) {
+        pad(out, widths[row.cells.size() - 1], row.cells.back().size());
+        (out += " // ") += row.note;
+    }
     out += '\n';
 }
 
@@ -164,41 +182,36 @@ void put_note(std::string &out, std::string_view note)
 
 void put_initialisers(std::string &out, const cell_table &table)
 {
-    const std::vector<std::size_t> widths = column_widths(table, false);
+    const std::vector<std::size_t> widths = column_widths(table);
     for (const cell_table::row &row : table.rows) {
         if (row.cells.empty()) {
             ((out += "    // ") += row.note) += '\n';
             continue;
         }
-        out += row.cells.size() > 1 ? "    {" : "    ";
-        for (std::size_t n = 0; n < row.cells.size(); ++n) {
-            out += row.cells[n];
-            if (n + 1 == row.cells.size())
-                break;
-            out += ", ";
-            pad(out, widths[n], row.cells[n].size());
-        }
-        out += row.cells.size() > 1 ? "}," : ",";
-        put_note(out, row.note);
+        const bool braced = row.cells.size() > 1;
+        out += braced ? "    {" : "    ";
+        put_cells(out, row, widths, ", ");
+        out += braced ? "}," : ",";
+        put_note(out, row, widths);
     }
+}
+
+void put_array(std::string &out, std::string_view comment, std::string_view definition, const cell_table &table)
+{
+    if (table.rows.empty())
+        return;
+    put(out, "// $comment$\n$definition$ = {\n", {{"comment", comment}, {"definition", definition}});
+    put_initialisers(out, table);
+    out += "};\n\n";
 }
 
 void put_columns(std::string &out, const cell_table &table, std::string_view margin)
 {
-    bool noted = false;
-    for (const cell_table::row &row : table.rows)
-        noted = noted || !row.note.empty();
-    const std::vector<std::size_t> widths = column_widths(table, noted);
+    const std::vector<std::size_t> widths = column_widths(table);
     for (const cell_table::row &row : table.rows) {
         out += margin;
-        for (std::size_t n = 0; n < row.cells.size(); ++n) {
-            out += row.cells[n];
-            if (n + 1 < row.cells.size())
-                pad(out, widths[n] + 1, row.cells[n].size());
-            else if (!row.note.empty())
-                pad(out, widths[n], row.cells[n].size());
-        }
-        put_note(out, row.note);
+        put_cells(out, row, widths, " ");
+        put_note(out, row, widths);
     }
 }
 
@@ -222,18 +235,14 @@ dim_pool::cells dim_pool::add(const std::vector<dimension> &dims, const std::vec
     return {std::to_string(dims.size()), at == 0 ? "dims" : "dims + " + std::to_string(at)};
 }
 
-void dim_pool::put_array(std::string &out) const
+void dim_pool::put_rows(std::string &out) const
 {
-    if (empty())
-        return;
     cell_table table;
     for (std::size_t n = 0; n < rows_.size(); ++n)
         table.add({rows_[n] == no_index ? "RW_PC_POINTERTO" : "RW_PC_ARRAYOF", index_text(rows_[n])},
                   std::to_string(n));
-    out += "// Declarator levels of the rows below, outermost first; those that only point are shared.\n"
-           "static const rw_dim_row dims[] = {\n";
-    put_initialisers(out, table);
-    out += "};\n\n";
+    put_array(out, "Declarator levels of the rows below, outermost first; those that only point are shared.",
+              "static const rw_dim_row dims[]", table);
 }
 
 } // namespace solvane::gen

@@ -53,6 +53,8 @@ struct cell_table {
 
 /// `    {a, b, c}, // note` a row.
 void put_initialisers(std::string &out, const cell_table &table);
+/// The array `definition` of such rows, `comment` ahead of it and an empty line behind; nothing without rows.
+void put_array(std::string &out, std::string_view comment, std::string_view definition, const cell_table &table);
 /// `a b c // note` a row behind the margin: columns of a declaration.
 void put_columns(std::string &out, const cell_table &table, std::string_view margin = "    ");
 
@@ -66,9 +68,8 @@ public:
     };
     cells add(const std::vector<dimension> &dims, const std::vector<std::uint32_t> &dim_index);
 
-    bool empty() const { return rows_.empty(); }
     /// The definition of the array `dims`; nothing when no row has a level.
-    void put_array(std::string &out) const;
+    void put_rows(std::string &out) const;
 
 private:
     std::vector<std::uint32_t> rows_;     ///< index of an array level, no_index for a pointer

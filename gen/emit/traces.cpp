@@ -24,12 +24,13 @@ std::string_view status_text(std::uint32_t status)
 // By hand and not by a cell_table: a full stack has more than a hundred thousand items.
 void put_items(std::string &out, const model &m)
 {
-    out += "static const tsc_db_item_struct items[] = {\n";
+    out += "// Items: id, format, status, file, line.\nstatic const tsc_db_item_struct items[] = {\n";
     for (const trace_item &item : m.traces) {
         const std::string_view status = status_text(item.status);
-        fmt::format_to(std::back_inserter(out), "    {{0x{:08X}, {}, {}, {}, {}}},\n", item.id, text_literal(item.format),
-                       status.empty() ? std::to_string(item.status) : std::string(status), text_literal(item.file),
-                       item.line);
+        fmt::format_to(std::back_inserter(out), "    {{0x{:08X}, {}, {}, {}, {}}},\n", item.id,
+                       text_literal(item.format),
+                       status.empty() ? std::to_string(item.status) : std::string(status),
+                       text_literal(item.file), item.line);
     }
     out += "};\n\n";
 }
@@ -41,9 +42,7 @@ void put_modules(std::string &out, const model &m)
         const std::size_t row = rows.rows.size();
         rows.add({fmt::format("0x{:08X}", row * ids_of_module), text_literal(name), "1"}, std::to_string(row));
     }
-    out += "static const tsc_db_mod_struct modules[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+    put_array(out, "Modules: first id, name, units.", "static const tsc_db_mod_struct modules[]", rows);
 }
 
 /// The first item at or behind each module's first id.
@@ -56,9 +55,7 @@ void put_first_items(std::string &out, const model &m)
             ++at;
         rows.add({std::to_string(at)}, m.trace_modules[module]);
     }
-    out += "const std::uint32_t tsc_mod_first_item[] = {\n";
-    put_initialisers(out, rows);
-    out += "};\n\n";
+    put_array(out, "Where the items of each module begin.", "const std::uint32_t tsc_mod_first_item[]", rows);
 }
 
 } // namespace
@@ -70,10 +67,8 @@ void emit_traces(const model &m, std::vector<output_file> &files)
     out += "#include <iterator>\n\n#include \"tt_stack_build.h\"\n\n";
     if (!m.traces.empty())
         put_items(out, m);
-    if (!m.trace_modules.empty()) {
-        put_modules(out, m);
-        put_first_items(out, m);
-    }
+    put_modules(out, m);
+    put_first_items(out, m);
     put(out, "constinit const tsc_db_info_struct tsc_db_info = {\"tsc_db\", $items$, $modules$};\n",
         {{"items", m.traces.empty() ? "nullptr, 0" : "items, std::size(items)"},
          {"modules", m.trace_modules.empty() ? "nullptr, 0" : "modules, std::size(modules)"}});

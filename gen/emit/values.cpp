@@ -76,15 +76,6 @@ void add_record(value_arrays &arrays, const value_record &record)
     arrays.rows.add({text_literal(record.name), slice("records", arrays.records.rows.size() - 1, 1)});
 }
 
-void put_array(std::string &out, std::string_view definition, const cell_table &rows)
-{
-    if (rows.rows.empty())
-        return;
-    put(out, "static const $definition$[] = {\n", {{"definition", definition}});
-    put_initialisers(out, rows);
-    out += "};\n\n";
-}
-
 std::string values_source(const domain &d)
 {
     value_arrays arrays;
@@ -95,11 +86,11 @@ std::string values_source(const domain &d)
     std::string out;
     put_head(out, "Value texts of the domain " + d.name + ".", d.name + "/*.val");
     out += "#include <iterator>\n\n" + tables_include(d) + '\n';
-    put_array(out, "tt_value_row values", arrays.values);
-    put_array(out, "tt_value_case cases", arrays.cases);
-    put_array(out, "tt_value_field fields", arrays.fields);
-    put_array(out, "tt_value_desc records", arrays.records);
-    put_array(out, "tt_value_desc_row rows", arrays.rows);
+    put_array(out, "Texts, by field.", "static const tt_value_row values[]", arrays.values);
+    put_array(out, "Cases: selector, texts.", "static const tt_value_case cases[]", arrays.cases);
+    put_array(out, "Fields: name, comment, texts, cases.", "static const tt_value_field fields[]", arrays.fields);
+    put_array(out, "Structures: comment, texts, fields.", "static const tt_value_desc records[]", arrays.records);
+    put_array(out, "The table of the domain.", "static const tt_value_desc_row rows[]", arrays.rows);
     put(out, "const tt_value_desc_table $table$ = {std::size(rows), rows};\n",
         {{"table", table_name(d, "value_table")}});
     return out;
