@@ -1,1 +1,78 @@
-# solvane_generate(): runs solvane-gen over a folder of definitions.
+# solvane_generate(): a stack build's sources out of a folder of definitions.
+#
+#   solvane_generate(TARGET name DB folder [OUTPUT folder] [OPTIONS option...])
+#
+# name            an object library of the generated sources, one of the parts of the plug-in
+# <name>_headers  an interface library for code that includes the generated records
+# <name>_run      the run of solvane-gen that both wait for
+#
+# The names of the outputs follow from the names of the definition files and are known when CMake runs.  A run
+# writes only what changed, so that an edit of one definition rebuilds what depends on it and nothing else: the
+# stamp tells that the run is up to date, the outputs keep their times.
+
+include_guard(GLOBAL)
+
+set(SOLVANE_DOMAINS infrastructure stack gsm umts signal lte ims nr)
+
+# The outputs for the folder `db`, below `output`.
+function(solvane_generated_files db output sources headers)
+    file(GLOB units CONFIGURE_DEPENDS ${db}/*/*.def)
+    set(header_files "")
+    foreach(unit IN LISTS units)
+        cmake_path(GET unit STEM LAST_ONLY stem)
+        list(APPEND header_files ${output}/production/${stem}.h)
+    endforeach()
+    set(source_files "")
+    foreach(domain IN LISTS SOLVANE_DOMAINS)
+        list(APPEND header_files ${output}/production/${domain}_tables.h)
+        foreach(table IN ITEMS types structs layout messages values peers)
+            list(APPEND source_files ${output}/production/${domain}_${table}.cpp)
+        endforeach()
+    endforeach()
+    foreach(name IN ITEMS debug_info_records stack_build peer_rows tsc_db)
+        list(APPEND source_files ${output}/production/${name}.cpp)
+    endforeach()
+    set(${sources} ${source_files} PARENT_SCOPE)
+    set(${headers} ${header_files} PARENT_SCOPE)
+endfunction()
+
+function(solvane_generate)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;DB;OUTPUT" "OPTIONS")
+    if(NOT arg_TARGET OR NOT arg_DB)
+        message(FATAL_ERROR "solvane_generate: TARGET and DB are wanted")
+    endif()
+    if(NOT arg_OUTPUT)
+        set(arg_OUTPUT ${CMAKE_BINARY_DIR}/obj/gen)
+    endif()
+    cmake_path(ABSOLUTE_PATH arg_DB NORMALIZE)
+
+    solvane_generated_files(${arg_DB} ${arg_OUTPUT} sources headers)
+    set(stamp ${arg_OUTPUT}/${arg_TARGET}.stamp)
+    add_custom_command(
+        OUTPUT ${stamp}
+        COMMAND solvane-gen --db ${arg_DB} --output ${arg_OUTPUT} --depfile ${stamp}.d --depfile-target ${stamp}
+                ${arg_OPTIONS}
+        COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
+        DEPENDS solvane-gen
+        DEPFILE ${stamp}.d
+        COMMENT "Generating the stack build of ${arg_DB}"
+        VERBATIM)
+    # A step of its own, so that a fault in a definition is told under the name of the stamp and not behind a
+    # list of all outputs.
+    add_custom_command(
+        OUTPUT ${sources} ${headers}
+        COMMAND ${CMAKE_COMMAND} -E true
+        DEPENDS ${stamp}
+        COMMENT "Looking which generated sources changed"
+        VERBATIM)
+    add_custom_target(${arg_TARGET}_run DEPENDS ${sources} ${headers})
+
+    add_library(${arg_TARGET}_headers INTERFACE)
+    target_include_directories(${arg_TARGET}_headers INTERFACE ${arg_OUTPUT}/production)
+    add_dependencies(${arg_TARGET}_headers ${arg_TARGET}_run)
+
+    add_library(${arg_TARGET} OBJECT ${sources})
+    target_link_libraries(${arg_TARGET} PUBLIC solvane_runtime_flags ${arg_TARGET}_headers)
+    add_dependencies(${arg_TARGET} ${arg_TARGET}_run)
+    set_property(GLOBAL APPEND PROPERTY SOLVANE_PARTS ${arg_TARGET})
+endfunction()
