@@ -1,5 +1,5 @@
-// The embedded stack build as a host reads it: through the exported records only, from names to members, literals,
-// messages and texts.
+// What the embedded stack build holds, as a host reads it: through the exported records only, from names to members,
+// literals, messages and texts.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +7,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "solvane/solvane.h"
 
@@ -181,71 +180,7 @@ TEST(stack_registry, keeps_the_odd_rows_of_the_module_tables)
     EXPECT_STREQ(stack.module_timers[54], "");
 }
 
-// ------------------------------------------------------------------------------------------------- enumerations
-
-TEST(enumerations, without_a_tag_count_up_from_15000_in_each_domain)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_STACK);
-    const rw_type_row          *type = find_type(d, "SRV_ID_E");
-    ASSERT_NE(type, nullptr);
-    EXPECT_EQ(type->kind, std::uint32_t{RW_KIND_ENUM});
-    EXPECT_STREQ(type->base_name, "15000");
-    EXPECT_STREQ(d.enums[type->type_index].name, "15000");
-    EXPECT_EQ(d.offsize[type->type_index], 4);
-}
-
-TEST(enumerations, may_share_a_value_or_lack_one)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_STACK);
-    for (const char *name : {"USB_SERVICE", "UPM_SERVICE"}) {
-        ASSERT_NE(find_literal(d, name), nullptr);
-        EXPECT_EQ(find_literal(d, name)->value.num, 4) << name;
-    }
-    const rw_literal_row *prio = find_literal(d, "CHIPDRV_HISR_PRIO_0");
-    ASSERT_NE(prio, nullptr);
-    EXPECT_EQ(prio->value.valstat, std::uint32_t{RW_VS_INVAL_ASSIGNED});
-    EXPECT_EQ(prio->value.num, 0);
-}
-
-TEST(enumerations, tell_the_segments_of_a_layout_report)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_STACK);
-    const rw_type_row          *type = find_type(d, "RW_OFSZ_SEG_ENUM");
-    ASSERT_NE(type, nullptr);
-    const rw_enum_row &row = d.enums[type->type_index];
-    ASSERT_EQ(row.no_literals, 4);
-    const char *names[] = {"RW_OFSZ_SEG_INTER", "RW_OFSZ_SEG_FIRST", "RW_OFSZ_SEG_LAST", "RW_OFSZ_NO_SEG"};
-    for (int n = 0; n < 4; ++n) {
-        EXPECT_STREQ(row.literals[n].name, names[n]);
-        EXPECT_EQ(row.literals[n].value.num, n);
-    }
-}
-
-// ------------------------------------------------------------------------------------------------- types
-
-TEST(types, lead_from_a_typedef_to_its_base)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_STACK);
-    EXPECT_EQ(find_type(d, "uint8") - d.types, 1);
-
-    const rw_type_row *word = find_type(d, "uint32");
-    EXPECT_EQ(word->kind, std::uint32_t{RW_KIND_UNSIGNED_LONG});
-    EXPECT_STREQ(word->base_name, "unsigned long");
-    EXPECT_EQ(word->type_index, RW_NO_INDEX);
-
-    const rw_type_row *wide = find_type(d, "uint64");
-    EXPECT_EQ(wide->kind, std::uint32_t{RW_KIND_TYPEDEF});
-    EXPECT_STREQ(wide->base_name, "X_UN_64_T");
-    EXPECT_STREQ(d.types[wide->type_index].name, "X_UN_64_T");
-    EXPECT_EQ(d.types[wide->type_index].kind, std::uint32_t{RW_KIND_STRUCT});
-    EXPECT_NE(find_member(d, "uint64", "hiDWORD"), nullptr);
-
-    const rw_type_row *thread = find_type(d, "SCI_THREAD_PTR");
-    EXPECT_EQ(thread->kind, std::uint32_t{RW_KIND_VOID});
-    ASSERT_EQ(thread->no_dims, 1u);
-    EXPECT_EQ(thread->dims[0].dim_class, std::uint32_t{RW_PC_POINTERTO});
-    EXPECT_EQ(thread->dims[0].array_size_index, RW_NO_INDEX);
-}
+// ------------------------------------------------------------------------------------------------- members
 
 struct member_case {
     sdi_entity_enum domain;
@@ -295,20 +230,6 @@ TEST(members, of_a_union_carry_the_selector_value)
     EXPECT_EQ(reject->offsize_index, RW_NO_INDEX);
 }
 
-TEST(members, stack_their_array_levels)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_TD_LTE_STACK);
-    const rw_member_row        *c = find_member(d, "IComplex16PMatrix", "c");
-    ASSERT_NE(c, nullptr);
-    ASSERT_EQ(c->no_dims, 3u);
-    EXPECT_EQ(d.offsize[c->dims[0].array_size_index], 16 * sizeof(void *));
-    EXPECT_EQ(d.offsize[c->dims[1].array_size_index], 4 * sizeof(void *));
-    EXPECT_EQ(c->dims[2].dim_class, std::uint32_t{RW_PC_POINTERTO});
-
-    const rw_debug_info_struct &stack = tool(ENTITY_STACK);
-    EXPECT_EQ(stack.offsize[find_member(stack, "mta_bit_map_struct", "touple")->dims[0].array_size_index], 10);
-}
-
 TEST(members, of_a_list_are_the_three_that_a_reader_needs)
 {
     const rw_debug_info_struct &d = tool(ENTITY_STACK);
@@ -318,9 +239,6 @@ TEST(members, of_a_list_are_the_three_that_a_reader_needs)
     ASSERT_EQ(node->no_members, 2u);
 
     const rw_member_row *next = find_member(d, "AsnListNode", "next");
-    EXPECT_EQ(next->rt_selector, 6u);
-    EXPECT_EQ(find_member(d, "AsnListNode", "data")->rt_selector, 7u);
-    EXPECT_EQ(find_member(d, "AsnList", "first")->rt_selector, 4u);
     EXPECT_EQ(d.offsize[next->offsize_index], 2 * sizeof(void *)) << "the way back lies between data and next";
     EXPECT_EQ(d.offsize[find_member(d, "AsnList", "dataSize")->offsize_index], 3 * sizeof(void *));
 }
@@ -356,12 +274,6 @@ std::map<std::uint32_t, std::uint32_t> widths(sdi_entity_enum domain)
     return out;
 }
 
-TEST(bit_fields, are_absent_from_two_domains)
-{
-    EXPECT_EQ(tool(ENTITY_DEFAULT).no_bit_map, 0u);
-    EXPECT_EQ(tool(ENTITY_IMS_STACK).no_bit_map, 0u);
-}
-
 TEST(bit_fields, have_every_width_from_1_to_29_in_the_stack)
 {
     const auto found = widths(ENTITY_STACK);
@@ -392,57 +304,6 @@ TEST(bit_fields, lie_in_parts_that_make_up_their_width)
         }
     }
     EXPECT_EQ(most, 4u) << "the widest fields run over four octets";
-}
-
-// ------------------------------------------------------------------------------------------------- run-time types
-
-TEST(rt_rules, tell_what_stands_behind_a_list)
-{
-    const rw_debug_info_struct &d = tool(ENTITY_STACK);
-    const rw_type_row          *list = find_type(d, "GanssDataBitsRequestSeqOf");
-    const rw_type_row          *node = find_type(d, "ASN_LST_P_GanssDataBitsRequestSeqOf");
-    ASSERT_NE(list, nullptr);
-    ASSERT_NE(node, nullptr);
-
-    const auto names = [&](std::uint32_t selector, std::uint32_t tag) -> std::string {
-        for (std::uint32_t n = 0; n < d.no_rt_rules; ++n) {
-            const rw_rt_rule_row &rule = d.rt_rules[n];
-            if (rule.key[0] != selector || rule.key[1] != tag)
-                continue;
-            for (std::uint32_t k = 0; k < d.no_rt_types; ++k)
-                if (d.rt_types[k].rt_type == rule.rt_type)
-                    return d.rt_types[k].name;
-        }
-        return "none";
-    };
-    EXPECT_EQ(names(4, list->rt_tag), "TT_RTYPE_ASN_LST_P_GanssDataBitsRequestSeqOf");
-    EXPECT_EQ(names(6, node->rt_tag), "TT_RTYPE_ASN_LST_P_GanssDataBitsRequestSeqOf");
-    EXPECT_EQ(names(7, node->rt_tag), "TT_RTYPE_ASN_LST_D_GanssDataBitsRequestSeqOf");
-}
-
-struct rule_count {
-    sdi_entity_enum domain;
-    bool            has_rules;
-};
-
-const rule_count rule_counts[] = {
-    {ENTITY_DEFAULT, true}, {ENTITY_STACK, true},        {ENTITY_GSM_STACK, false}, {ENTITY_W_STACK, true},
-    {ENTITY_SIGNAL, false}, {ENTITY_TD_LTE_STACK, true}, {ENTITY_IMS_STACK, false}, {ENTITY_NR_STACK, true},
-};
-
-TEST(rt_rules, stand_where_a_domain_has_asn1_values)
-{
-    for (const rule_count &row : rule_counts) {
-        const rw_debug_info_struct &d = tool(row.domain);
-        EXPECT_EQ(d.no_rt_rules != 0, row.has_rules) << row.domain;
-        EXPECT_EQ(d.rt_rules != nullptr, row.has_rules) << row.domain;
-        if (row.has_rules) {
-            EXPECT_NE(d.rt_rules[0].length_func, nullptr) << row.domain;
-            EXPECT_STREQ(d.rt_types[d.no_rt_types - 1].name, "TT_RTYPE_asn_uint8") << row.domain;
-        }
-    }
-    EXPECT_EQ(tool(ENTITY_DEFAULT).no_rt_rules, 1u);
-    EXPECT_EQ(tool(ENTITY_DEFAULT).no_rt_types, 1u);
 }
 
 // ------------------------------------------------------------------------------------------------- value texts
