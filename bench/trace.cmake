@@ -1,0 +1,1 @@
+solvane_bench(bench_trace trace.cpp LIBS solvane_core)
