@@ -63,8 +63,8 @@ std::int32_t AsnGrowArray(void *array, std::uint32_t *capacity, std::uint32_t ne
     *capacity = step == 0 ? needed : before + step;
 
     const std::size_t size = element_size;
-    set_pointer_at(array, dll_info_version.realloc(pointer_at(array), *capacity * size, before * size, flag,
-                                                   file_code, line));
+    set_pointer_at(
+        array, dll_info_version.realloc(pointer_at(array), *capacity * size, before * size, flag, file_code, line));
     return static_cast<std::int32_t>(before);
 }
 

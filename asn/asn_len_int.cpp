@@ -148,7 +148,7 @@ void AsnIntUnconstrained_unpack(AsnInt *result, unpack_info_struct *stream)
         return;
     }
     const std::uint32_t unused = 32 - count * 8;
-    *result = static_cast<AsnInt>(get_octets(stream, count, 0) << unused) >> unused;
+    *result                    = static_cast<AsnInt>(get_octets(stream, count, 0) << unused) >> unused;
 }
 
 std::uint32_t AsnIntUnconstrained_size(AsnInt value)

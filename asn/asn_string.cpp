@@ -147,7 +147,8 @@ void AsnOcts_pack(pack_info_struct *stream, const AsnOcts *octets, std::int32_t 
 void AsnBits_pack(pack_info_struct *stream, const AsnBits *bit_string, std::int32_t upper, std::uint32_t lower,
                   std::uint32_t mode)
 {
-    put_string(stream, bit_string->bits, bit_string->bitLen, OF_BITS, constraint_of(upper, lower, mode, "BIT STRING"));
+    put_string(stream, bit_string->bits, bit_string->bitLen, OF_BITS,
+               constraint_of(upper, lower, mode, "BIT STRING"));
 }
 
 void AsnOcts_unpack(AsnOcts *result, unpack_info_struct *stream, std::int32_t upper, std::uint32_t lower,

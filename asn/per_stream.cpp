@@ -90,7 +90,7 @@ void per_put_octets(pack_info_struct *stream, const std::uint8_t *octets, std::u
         std::memcpy(to, octets, count);
         return;
     }
-    const std::uint32_t ahead = 8 - offset;              // bits of each octet that go into the octet begun
+    const std::uint32_t ahead = 8 - offset;                  // bits of each octet that go into the octet begun
     std::uint64_t       begun = std::uint64_t{*to} >> ahead; // the bits that stand in it
     for (; count >= 8; count -= 8, octets += 8, to += 8) {
         const auto word = per_load<std::uint64_t>(octets);
@@ -99,8 +99,8 @@ void per_put_octets(pack_info_struct *stream, const std::uint8_t *octets, std::u
     }
     for (; count > 0; --count) {
         const std::uint32_t octet = *octets++;
-        *to++ = static_cast<std::uint8_t>(begun << ahead | octet >> offset);
-        begun = octet & bit_mask(offset);
+        *to++                     = static_cast<std::uint8_t>(begun << ahead | octet >> offset);
+        begun                     = octet & bit_mask(offset);
     }
     *to = static_cast<std::uint8_t>(begun << ahead | (*to & bit_mask(ahead)));
 }
@@ -110,8 +110,8 @@ void per_skip_bits(unpack_info_struct *stream, std::uint32_t n)
     const std::int32_t octets = static_cast<std::int32_t>((stream->bits & 7) + n) >> 3;
     stream->bits += n;
     stream->frame += octets;
-    stream->fr_size = static_cast<std::int32_t>(static_cast<std::uint32_t>(stream->fr_size) -
-                                                static_cast<std::uint32_t>(octets));
+    stream->fr_size =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(stream->fr_size) - static_cast<std::uint32_t>(octets));
 }
 
 void per_skip_bits_checked(unpack_info_struct *stream, std::uint32_t n)

@@ -10,8 +10,8 @@
 // caller's.
 //
 // Reads and writes are unchecked: they never look at `fr_size`, the caller owes the room, and none can fail.  The
-// checked reads, made for lengths, integers and strings, record a hard error instead of passing the end (per_error.h).
-// Whatever the width, only octets that hold bits of the field are read or written.
+// checked reads, made for lengths, integers and strings, record a hard error instead of passing the end
+// (per_error.h).  Whatever the width, only octets that hold bits of the field are read or written.
 //
 // All counts are words of 32 bits and wrap; no function keeps state, so any thread may work on its own cursor.
 #pragma once
@@ -85,9 +85,9 @@ inline std::uint32_t per_peek_16(const std::uint8_t *octets, std::uint32_t offse
 
 inline std::uint32_t per_peek_24(const std::uint8_t *octets, std::uint32_t offset, std::uint32_t n) // 17 to 24
 {
-    const std::uint32_t end    = offset + n;
-    const std::uint32_t window = std::uint32_t{per_load<std::uint16_t>(octets)} << 16 |
-                                 std::uint32_t{octets[2]} << 8 | octets[2 + (end > 24)];
+    const std::uint32_t end = offset + n;
+    const std::uint32_t window =
+        std::uint32_t{per_load<std::uint16_t>(octets)} << 16 | std::uint32_t{octets[2]} << 8 | octets[2 + (end > 24)];
     return window >> (-end & 31) & bit_mask(n);
 }
 
@@ -128,8 +128,8 @@ inline void per_poke_8(std::uint8_t *octets, std::uint32_t offset, std::uint32_t
     const std::uint32_t bits  = value << (-end & 31) & field;
     std::uint8_t *const last  = octets + (end > 8);
     const std::uint32_t first = octets[0];
-    *last     = static_cast<std::uint8_t>((*last & ~(field >> 16)) | bits >> 16);
-    octets[0] = static_cast<std::uint8_t>((first & ~(field >> 24)) | bits >> 24);
+    *last                     = static_cast<std::uint8_t>((*last & ~(field >> 16)) | bits >> 16);
+    octets[0]                 = static_cast<std::uint8_t>((first & ~(field >> 24)) | bits >> 24);
 }
 
 inline void per_poke_16(std::uint8_t *octets, std::uint32_t offset, std::uint32_t n, std::uint32_t value) // 9 to 16

@@ -54,7 +54,7 @@ constexpr char alloc_name[] = "alloc", alloc_clear_name[] = "alloc_clear", reall
 
 class AsnHeap : public testing::Test
 {
-  protected:
+protected:
     AsnHeap()
     {
         memory_left                    = true;
@@ -124,13 +124,13 @@ TEST_F(AsnHeap, GrowsArrays)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
-        auto *array       = row.capacity ? static_cast<std::uint32_t *>(std::malloc(row.capacity * 4)) : nullptr;
+        auto       *array  = row.capacity ? static_cast<std::uint32_t *>(std::malloc(row.capacity * 4)) : nullptr;
         auto *const before = array;
         if (array)
             array[row.capacity - 1] = 0xABCD;
-        last_call         = {};
+        last_call           = {};
         auto       capacity = row.capacity;
-        const auto answer = AsnGrowArray(&array, &capacity, row.needed, 4, row.step, 1, 2, 3);
+        const auto answer   = AsnGrowArray(&array, &capacity, row.needed, 4, row.step, 1, 2, 3);
         EXPECT_EQ(answer, row.answer);
         EXPECT_EQ(capacity, row.capacity_then);
         if (answer < 0)
@@ -193,9 +193,9 @@ TEST(AsnReport, BuildsItsTextThroughTheSprintfSlotAndWithinItsBuffer)
 
 TEST(AsnReport, SinkIsReplacedAndHandedBack)
 {
-    static std::string       seen;
-    const AsnErrorHandler    mine    = [](const char *text, int) { seen += text; };
-    const AsnErrorHandler    initial = AsnSetErrorHandler(mine);
+    static std::string    seen;
+    const AsnErrorHandler mine    = [](const char *text, int) { seen += text; };
+    const AsnErrorHandler initial = AsnSetErrorHandler(mine);
     EXPECT_NE(initial, nullptr);
     AsnErrorPrint("a %s b");
     EXPECT_EQ(AsnSetErrorHandler(nullptr), mine);

@@ -46,9 +46,20 @@ TEST(AsnLenInt, Widths)
     const struct {
         std::int32_t  value;
         std::uint32_t width, signed_width;
-    } rows[] = {{0, 0, 1},           {1, 1, 2},       {2, 2, 3},           {127, 7, 8},    {128, 8, 9},
-                {255, 8, 9},         {256, 9, 10},    {0x7FFFFFFF, 31, 32}, {-1, 32, 2},    {-127, 32, 8},
-                {-128, 32, 9},       {-32768, 32, 17}, {-0x7FFFFFFF, 32, 32}, {INT32_MIN, 32, 32}};
+    } rows[] = {{0, 0, 1},
+                {1, 1, 2},
+                {2, 2, 3},
+                {127, 7, 8},
+                {128, 8, 9},
+                {255, 8, 9},
+                {256, 9, 10},
+                {0x7FFFFFFF, 31, 32},
+                {-1, 32, 2},
+                {-127, 32, 8},
+                {-128, 32, 9},
+                {-32768, 32, 17},
+                {-0x7FFFFFFF, 32, 32},
+                {INT32_MIN, 32, 32}};
     for (const auto &row : rows) {
         EXPECT_EQ(asn_bit_width(static_cast<std::uint32_t>(row.value)), row.width) << row.value;
         EXPECT_EQ(asn_signed_bit_width(row.value), row.signed_width) << row.value;
@@ -91,8 +102,8 @@ TEST(AsnLenInt, LengthDeterminant)
         EXPECT_EQ(AsnLenSemiConstrained_size(row.length + 1000, 1000), row.size);
         for (std::uint32_t offset = 0; offset < 8; ++offset) {
             const auto is = unpacked_by<AsnLen>(
-                [](AsnLen *length, auto *stream) { AsnLenSemiConstrained_unpack(length, stream, 9, "T"); }, row.octets,
-                offset, 77);
+                [](AsnLen *length, auto *stream) { AsnLenSemiConstrained_unpack(length, stream, 9, "T"); },
+                row.octets, offset, 77);
             EXPECT_EQ(is.value, row.read);
             EXPECT_EQ(is.error.code, 0u);
             EXPECT_EQ(is.bits, row.octets.size() * 8);

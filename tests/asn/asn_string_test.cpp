@@ -140,7 +140,7 @@ TEST(AsnString, PacksLengthAndContents)
 TEST(AsnString, Fragments)
 {
     const struct {
-        AsnLen                                           length;
+        AsnLen                                               length;
         std::vector<std::pair<std::uint32_t, std::uint32_t>> rounds; // determinant, units
     } rows[] = {
         {16384, {{0xC1, 16384}, {0x00, 0}}},
@@ -162,8 +162,7 @@ TEST(AsnString, Fragments)
                 expected_stream should(octet_count + 64, offset);
                 std::uint32_t   at = 0, heads = 0;
                 for (const auto &[determinant, units] : row.rounds) {
-                    const std::uint32_t width =
-                        determinant == 0x9C40 || determinant == 0xBFFF ? 16 : 8;
+                    const std::uint32_t width = determinant == 0x9C40 || determinant == 0xBFFF ? 16 : 8;
                     should.put(width, determinant);
                     heads += width;
                     for (std::uint32_t i = 0; i < units * unit; i += 1, at += 1)
@@ -195,11 +194,11 @@ TEST(AsnString, Fragments)
 void expect_the_model(std::uint32_t unit, const octet_list &octets, std::uint32_t offset, std::int32_t size,
                       const bounds &by)
 {
-    const tight_octets  frame(std::span<const std::uint8_t>(octets).first(static_cast<std::size_t>(size)));
-    PerError            error{};
-    unpack_info_struct  stream = {frame.data.get(), offset, size, &error};
-    const model_string  should = model_unpack_string(&stream, by.upper, by.lower, by.mode, unit);
-    unpacked_string     is     = unpack_string(unit, frame.data.get(), offset, size, by);
+    const tight_octets frame(std::span<const std::uint8_t>(octets).first(static_cast<std::size_t>(size)));
+    PerError           error{};
+    unpack_info_struct stream = {frame.data.get(), offset, size, &error};
+    const model_string should = model_unpack_string(&stream, by.upper, by.lower, by.mode, unit);
+    unpacked_string    is     = unpack_string(unit, frame.data.get(), offset, size, by);
     EXPECT_EQ(is.length, should.length);
     EXPECT_TRUE(is.length == 0 || is.octets == should.octets);
     EXPECT_EQ(is.error.code, error.code);
@@ -214,9 +213,9 @@ TEST(AsnString, UnpacksAsTheModelWhereverTheFrameEnds)
     for (const auto &row : strings)
         for (std::uint32_t offset = 0; offset < 8; ++offset) {
             std::uint32_t    bits;
-            const octet_list frame = pack_string(row.unit, octets_for((row.length * row.unit + 7) / 8), row.length,
-                                                 row.by, offset, &bits);
-            const auto       whole = static_cast<std::int32_t>(frame.size());
+            const octet_list frame =
+                pack_string(row.unit, octets_for((row.length * row.unit + 7) / 8), row.length, row.by, offset, &bits);
+            const auto whole = static_cast<std::int32_t>(frame.size());
             for (std::int32_t size = whole; size >= 0; size -= size > 200 && size < whole - 20 ? 97 : 1) {
                 SCOPED_TRACE(std::string(row.name) + " at offset " + std::to_string(offset) + ", " +
                              std::to_string(size) + " of " + std::to_string(whole) + " octets");

@@ -61,8 +61,7 @@ inline model_string model_unpack_string(unpack_info_struct *stream, std::int32_t
     for (;;) {
         AsnLen length = 0;
         if (bounded)
-            length =
-                per_get_bits_checked(stream, asn_bit_width(static_cast<std::uint32_t>(upper) - lower)) + lower;
+            length = per_get_bits_checked(stream, asn_bit_width(static_cast<std::uint32_t>(upper) - lower)) + lower;
         else
             AsnLenSemiConstrained_unpack(&length, stream, lower, "");
         const std::uint64_t octets = unit == 8 ? length : (std::uint64_t{length} + 7) / 8;

@@ -59,12 +59,9 @@ TEST(PerError, UnderrunIsASignOfTheBitCount)
         std::int32_t  size;
         std::uint32_t code, code_then, aux_then;
     } rows[] = {
-        {"inside the frame", 1, 0, 0, 3},
-        {"at the end", 0, 0, 0, 3},
-        {"one octet past", -1, 0, 2, 42},
-        {"over a soft error", -1, 1, 2, 42},
-        {"not over a hard error", -1, 2, 2, 3},
-        {"bits count to 2^31", 0x10000000, 0, 2, 42},
+        {"inside the frame", 1, 0, 0, 3},       {"at the end", 0, 0, 0, 3},
+        {"one octet past", -1, 0, 2, 42},       {"over a soft error", -1, 1, 2, 42},
+        {"not over a hard error", -1, 2, 2, 3}, {"bits count to 2^31", 0x10000000, 0, 2, 42},
         {"bits wrap to 0", INT32_MIN, 0, 0, 3},
     };
     for (const auto &row : rows) {

@@ -106,11 +106,11 @@ TEST(PerStream, MaskHoldsTheLowBits)
 TEST(PerStream, ReadsMatchTheModelAndTouchNoOtherOctet)
 {
     for_all_fields([](std::uint32_t offset, std::uint32_t n, std::uint32_t octets) {
-        const band          &band     = band_of(n);
-        const forms_of_width &literal = literal_forms[n];
-        const octet_list     contents = random_octets(octets, offset * 64 + n);
-        const tight_octets   frame(contents);
-        const std::uint32_t  should = model_read(contents.data(), offset, n);
+        const band           &band     = band_of(n);
+        const forms_of_width &literal  = literal_forms[n];
+        const octet_list      contents = random_octets(octets, offset * 64 + n);
+        const tight_octets    frame(contents);
+        const std::uint32_t   should = model_read(contents.data(), offset, n);
 
         const std::pair<const char *, get_function> gets[] = {
             {"get_bits", [](unpack_info_struct *stream, std::uint32_t width) { return per_get_bits(stream, width); }},
@@ -144,10 +144,10 @@ TEST(PerStream, WritesMatchTheModelAndKeepTheirNeighbours)
         const band           &band    = band_of(n);
         const forms_of_width &literal = literal_forms[n];
         for (std::uint32_t pattern = 0; pattern < 6; ++pattern) {
-            const octet_list before = pattern < 2   ? octet_list(octets, 0x00)
-                                      : pattern < 4 ? octet_list(octets, 0xFF)
-                                                    : random_octets(octets, offset * 64 + n);
-            const std::uint32_t value = pattern % 2 ? 0xFFFFFFFF : pattern == 4 ? 0x5A17C3E9 : 0;
+            const octet_list    before = pattern < 2   ? octet_list(octets, 0x00)
+                                         : pattern < 4 ? octet_list(octets, 0xFF)
+                                                       : random_octets(octets, offset * 64 + n);
+            const std::uint32_t value  = pattern % 2 ? 0xFFFFFFFF : pattern == 4 ? 0x5A17C3E9 : 0;
             octet_list          should(before);
             model_write(should.data(), offset, n, value);
 
@@ -248,6 +248,15 @@ TEST(PerStream, CheckedReadsCompareUnsignedWords)
     }
 }
 
+TEST(PerStream, CheckedReadOfNothingTouchesNothing)
+{
+    PerError           error{};
+    unpack_info_struct stream = {nullptr, 8, 0, &error};
+    EXPECT_EQ(per_get_bits_checked(&stream, 0), 0u);
+    EXPECT_EQ(per_get_8_checked(&stream, 0), 0u);
+    EXPECT_EQ(error.code, 0u);
+}
+
 TEST(PerStream, CheckedReadWithoutErrorRecordStillFails)
 {
     const std::uint8_t frame[1] = {0xFF};
@@ -315,7 +324,7 @@ TEST(PerStream, RunsOfOctetsAreTheirSingleReadsAndWrites)
 
             const octet_list   held = random_octets(contents.size(), count);
             const tight_octets packed(held), packed_one_by_one(held);
-            pack_info_struct   to = {packed.data.get(), offset}, to_one_by_one = {packed_one_by_one.data.get(), offset};
+            pack_info_struct to = {packed.data.get(), offset}, to_one_by_one = {packed_one_by_one.data.get(), offset};
             per_put_octets(&to, is.data(), count);
             for (const std::uint8_t octet : is)
                 per_put_8(&to_one_by_one, 8, octet);
