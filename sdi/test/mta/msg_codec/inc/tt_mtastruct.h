@@ -17,6 +17,11 @@
 #include "mta_service_def.h"
 #include "solvane/solvane.h"
 
+SOLVANE_ILP32_SIZE(mta_string_struct, 8);
+SOLVANE_ILP32_SIZE(mta_tt_fun_call_struct, 16);
+SOLVANE_ILP32_SIZE(mta_tt_fun_call_resp_struct, 12);
+SOLVANE_ILP32_SIZE(mta_tt_offsize_resp_struct, 28);
+
 /* mta_string_struct: a length octet, the octets. */
 void mta_string_pack(pack_info_struct *cursor, const mta_string_struct *value);
 void mta_string_rest(mta_string_struct *value, unpack_info_struct *cursor);
