@@ -1,0 +1,224 @@
+#include "command.h"
+
+#include <algorithm>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "failure.h"
+#include "text.h"
+
+namespace solvane::host {
+
+namespace {
+
+constexpr std::size_t option_column = 28;
+
+/* CLI11 hands over the words; what a number is, we decide. */
+void add_number(CLI::App &app, const option_spec &spec, std::optional<std::uint64_t> *into)
+{
+    app.add_option_function<std::string>(spec.names, [into, names = spec.names](const std::string &word) {
+        *into = parse_number(word);
+        if (!*into) {
+            throw CLI::ValidationError(names + ": '" + word + "' is no number");
+        }
+    });
+}
+
+void add_option(CLI::App &app, const option_spec &spec)
+{
+    CLI::Option *made = nullptr;
+    if (auto *const *flag = std::get_if<bool *>(&spec.into)) {
+        made = app.add_flag(spec.names, **flag);
+    } else if (auto *const *text = std::get_if<std::string *>(&spec.into)) {
+        made = app.add_option(spec.names, **text);
+    } else if (auto *const *texts = std::get_if<std::vector<std::string> *>(&spec.into)) {
+        made = app.add_option(spec.names, **texts)->allow_extra_args(false);
+    } else {
+        add_number(app, spec, std::get<std::optional<std::uint64_t> *>(spec.into));
+        return;
+    }
+    if (!spec.choices.empty()) {
+        made->check(CLI::IsMember(spec.choices));
+    }
+}
+
+void add_argument(CLI::App &app, const argument_spec &spec)
+{
+    CLI::Option *made = nullptr;
+    if (auto *const *text = std::get_if<std::string *>(&spec.into)) {
+        made = app.add_option(spec.name, **text);
+    } else {
+        made = app.add_option(spec.name, *std::get<std::vector<std::string> *>(spec.into));
+    }
+    made->required(spec.required);
+}
+
+void build(CLI::App &app, std::vector<command> &commands, const std::vector<option_spec> &common)
+{
+    app.set_help_flag("-h,--help");
+    app.set_version_flag("-V,--version", tool_version);
+    app.require_subcommand(0, 1);
+    for (const auto &option : common) {
+        add_option(app, option);
+    }
+    for (auto &each : commands) {
+        CLI::App *sub = app.add_subcommand(each.name, each.summary);
+        sub->set_help_flag("-h,--help");
+        sub->fallthrough();
+        for (const auto &argument : each.arguments) {
+            add_argument(*sub, argument);
+        }
+        for (const auto &option : each.options) {
+            add_option(*sub, option);
+        }
+    }
+}
+
+const command *chosen_command(const CLI::App &app, const std::vector<command> &commands)
+{
+    for (const auto &each : commands) {
+        if (app.got_subcommand(each.name)) {
+            return &each;
+        }
+    }
+    return nullptr;
+}
+
+[[noreturn]] void unknown_command(const std::string &word, const std::vector<command> &commands)
+{
+    suggestions near(word);
+    for (const auto &each : commands) {
+        near.offer(each.name);
+    }
+    throw failure(exit_usage, fmt::format("no command {}{} (see {} --help)", word, near.text(), tool_name));
+}
+
+/* One line, without CLI11's line breaks. */
+[[noreturn]] void usage(const CLI::ParseError &error, const command *chosen)
+{
+    std::string text = one_line(error.what());
+    throw failure(exit_usage, fmt::format("{} (see {}{}{} --help)", text, tool_name, chosen != nullptr ? " " : "",
+                                          chosen != nullptr ? chosen->name : ""));
+}
+
+std::string usage_line(const command &of)
+{
+    std::string line = fmt::format("{} {}", tool_name, of.name);
+    for (const auto &argument : of.arguments) {
+        const bool many = std::holds_alternative<std::vector<std::string> *>(argument.into);
+        line += argument.required ? " " + argument.name : " [" + argument.name + "]";
+        line += many ? "..." : "";
+    }
+    return line + " [options]";
+}
+
+std::string option_line(const option_spec &option)
+{
+    std::string head = "  " + (option.names.starts_with("--") ? "    " + option.names : option.names);
+    for (std::size_t at = head.find(','); at != std::string::npos; at = head.find(',', at + 2)) {
+        head.replace(at, 1, ", ");
+    }
+    head += option.value.empty() ? "" : " " + option.value;
+    const bool fits = head.size() + 2 <= option_column;
+    return fmt::format("{:<{}}{}\n", fits ? head : head + "\n", fits ? option_column : 0,
+                       fits ? option.help : std::string(option_column, ' ') + option.help);
+}
+
+std::string option_block(const char *title, const std::vector<option_spec> &options)
+{
+    std::string out = options.empty() ? "" : fmt::format("\n{}:\n", title);
+    for (const auto &option : options) {
+        out += option_line(option);
+    }
+    return out;
+}
+
+} // namespace
+
+std::vector<option_spec> common_options(common_settings &into)
+{
+    return {
+        {"--lib", "PATH", "the plug-in; else $SOLVANE_LIB, next to the tool, standard places", &into.library, {},
+         completes::file},
+        {"--domain", "D", "only this domain: stack, lte, ..., its number or ENTITY_ name", &into.domain, {},
+         completes::domain_name},
+        {"--json", "", "one JSON object a line", &into.json},
+        {"-o,--output", "FILE", "write the data there; - is standard output", &into.output, {}, completes::file},
+        {"--color", "WHEN", "auto, always or never; NO_COLOR is heeded", &into.colour, {"auto", "always", "never"}},
+        {"-l,--line-buffered", "", "flush behind every line", &into.line_flush},
+        {"-q,--quiet", "", "no remarks on standard error", &into.quiet},
+        {"-v,--verbose", "", "more remarks on standard error", &into.verbose},
+    };
+}
+
+std::vector<command> all_commands()
+{
+    return {info_command(),     domains_command(), types_command(),   type_command(),       enum_command(),
+            messages_command(), message_command(), value_command(),   record_command(),     trace_command(),
+            statements_command(), classify_command(), peers_command(), convert_command(),  completion_command(),
+            man_command()};
+}
+
+request parse_command_line(int argc, char **argv, std::vector<command> &commands, std::vector<option_spec> &common)
+{
+    CLI::App app;
+    build(app, commands, common);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        const command *chosen = chosen_command(app, commands);
+        return {nullptr, chosen != nullptr ? help_text(*chosen, common) : overview_text(commands, common)};
+    } catch (const CLI::CallForVersion &) {
+        return {nullptr, fmt::format("{} {}\n", tool_name, tool_version)};
+    } catch (const CLI::ExtrasError &error) {
+        const command *chosen = chosen_command(app, commands);
+        const auto     rest = app.remaining(true);
+        if (chosen == nullptr && !rest.empty() && !rest.front().starts_with('-')) {
+            unknown_command(rest.front(), commands);
+        }
+        usage(error, chosen);
+    } catch (const CLI::ParseError &error) {
+        usage(error, chosen_command(app, commands));
+    }
+    const command *chosen = chosen_command(app, commands);
+    if (chosen == nullptr) {
+        throw failure(exit_usage, fmt::format("no command given (see {} --help)", tool_name));
+    }
+    return {chosen, {}};
+}
+
+std::string help_text(const command &of, const std::vector<option_spec> &common)
+{
+    std::string out = fmt::format("{}: {}\n", of.name, of.summary);
+    out += of.examples.empty() ? "" : "\nExamples:\n";
+    for (const auto &each : of.examples) {
+        out += fmt::format("  {} {}\n      {}\n", tool_name, each.line, each.says);
+    }
+    out += fmt::format("\nUsage: {}\n", usage_line(of));
+    for (const auto &argument : of.arguments) {
+        out += fmt::format("  {:<26}{}\n", argument.name, argument.help);
+    }
+    out += of.details.empty() ? "" : "\n" + of.details + "\n";
+    return out + option_block("Options", of.options) + option_block("Common options", common);
+}
+
+std::string overview_text(const std::vector<command> &commands, const std::vector<option_spec> &common)
+{
+    std::string out = fmt::format("{}: reads a modem stack's debug information out of its plug-in\n\nExamples:\n", tool_name);
+    for (const auto &each : commands) {
+        if (!each.examples.empty()) {
+            out += fmt::format("  {} {}\n", tool_name, each.examples.front().line);
+        }
+    }
+    out += "\nCommands:\n";
+    for (const auto &each : commands) {
+        out += fmt::format("  {:<14}{}\n", each.name, each.summary);
+    }
+    out += option_block("Common options", common);
+    out += "  -h, --help                help, also behind a command\n  -V, --version             the tool's version\n";
+    return out + "\nExit codes: 0 done, 1 done with findings, 2 usage, 3 cannot load or open,\n"
+                 "4 interface or baseline mismatch, 6 the decoder died in isolation\n";
+}
+
+} // namespace solvane::host

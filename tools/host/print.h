@@ -1,0 +1,25 @@
+// Layouts and values as text for people.
+#pragma once
+
+#include <string>
+
+#include "image.h"
+#include "layout.h"
+#include "session.h"
+
+namespace solvane::host {
+
+/// A structure member by member in the way of C with offsets and sizes behind; `expand` opens the structures that
+/// are held in place.
+void print_layout(session &to, const domain &in, const laid_record &record, bool expand);
+
+/// Name and value a line, indented by depth.
+void print_value(session &to, const value_node &node);
+
+/// "number LITERAL "words"" of a number, painted.
+std::string number_text(const painter &paint, const value_node &node);
+
+/// "1 octet", "3 octets".
+std::string counted(std::uint64_t count, const char *what);
+
+} // namespace solvane::host

@@ -1,0 +1,94 @@
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "print.h"
+
+namespace solvane::host {
+
+namespace {
+
+constexpr std::size_t indent_step = 4;
+constexpr std::size_t widest_name = 32;
+constexpr std::size_t longest_octets = 64; /* octets a line of text shows; JSON has them all */
+
+std::string octets_text(const painter &paint, const value_node &node)
+{
+    const std::span<const std::uint8_t> all = node.bytes;
+    const auto                          shown = all.first(std::min(all.size(), longest_octets));
+    std::string                         out = paint(ink::number, shown.empty() ? "(none)" : to_hex(shown));
+    out += shown.size() < all.size() ? fmt::format("... ({} octets)", all.size()) : "";
+    return out + (node.words.empty() ? "" : "  " + paint(ink::text, quoted(node.words)));
+}
+
+std::string value_text(const painter &paint, const value_node &node)
+{
+    switch (node.form) {
+    case shape::number: return number_text(paint, node);
+    case shape::octets: return octets_text(paint, node);
+    case shape::pointer: return paint(ink::number, fmt::format("{:#x}", static_cast<std::uint64_t>(node.number)));
+    case shape::absent: return paint(ink::note, "absent");
+    case shape::cut: return paint(ink::bad, "beyond the end of the image");
+    case shape::record:
+    case shape::list: break;
+    }
+    return {};
+}
+
+std::string with_note(const painter &paint, const value_node &node, std::string text)
+{
+    return node.note.empty() ? text : text + (text.empty() ? "" : "  ") + paint(ink::note, "(" + node.note + ")");
+}
+
+void print_children(session &to, const value_node &node, std::size_t indent);
+
+void print_node(session &to, const value_node &node, const std::string &name, std::size_t indent, std::size_t column)
+{
+    const std::string text = with_note(to.paint, node, value_text(to.paint, node));
+    const bool        empty_list = node.form == shape::list && node.children.empty();
+    const std::string shown = empty_list ? to.paint(ink::note, "empty") : text;
+    const std::string head = shown.empty() ? to.paint(ink::name, name)
+                                           : to.paint.padded(ink::name, name, column) + "  " + shown;
+    to.line(std::string(indent, ' ') + head);
+    print_children(to, node, indent + indent_step);
+}
+
+void print_children(session &to, const value_node &node, std::size_t indent)
+{
+    std::size_t column = 0;
+    for (std::size_t i = 0; i < node.children.size(); ++i) {
+        const auto &child = node.children[i];
+        column = std::max(column, child.name.empty() ? fmt::format("[{}]", i).size() : child.name.size());
+    }
+    column = std::min(column, widest_name);
+    for (std::size_t i = 0; i < node.children.size(); ++i) {
+        const auto &child = node.children[i];
+        const bool  behind_pointer = node.form == shape::pointer;
+        print_node(to, child, behind_pointer ? "->" : child.name.empty() ? fmt::format("[{}]", i) : child.name, indent,
+                   column);
+    }
+}
+
+} // namespace
+
+std::string number_text(const painter &paint, const value_node &node)
+{
+    std::string out = paint(ink::number, std::to_string(node.number));
+    if (!node.literal.empty()) {
+        out.append(" ").append(paint(ink::name, node.literal));
+    }
+    if (!node.words.empty()) {
+        out.append("  ").append(paint(ink::text, quoted(node.words)));
+    }
+    return out;
+}
+
+void print_value(session &to, const value_node &node)
+{
+    if (node.form != shape::record && node.form != shape::list) {
+        to.line(with_note(to.paint, node, value_text(to.paint, node)));
+    }
+    print_children(to, node, indent_step);
+}
+
+} // namespace solvane::host
