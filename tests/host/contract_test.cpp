@@ -1,8 +1,10 @@
 // The built plug-in as a host meets it: loaded by dlopen, seen through the public header only.
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -15,19 +17,39 @@ namespace {
 
 using test::run_tool;
 
-/* How often the library came to our own routines. */
-int allocations = 0;
+/// Memory of the host's own, which the library is given in place of the heap; nothing of it is handed back.
+struct arena {
+    alignas(16) unsigned char room[1 << 16];
+    std::size_t used = 0;
+
+    bool holds(const void *block) const
+    {
+        return std::less_equal<>()(static_cast<const void *>(room), block) && std::less<>()(block, room + sizeof room);
+    }
+    void *take(std::size_t size)
+    {
+        void *block = room + used;
+        used += (size + 15) / 16 * 16;
+        return used <= sizeof room ? block : nullptr;
+    }
+} ours;
 
 void *our_alloc(std::size_t size, std::uint8_t, std::uint16_t, std::uint32_t)
 {
-    ++allocations;
-    return std::malloc(size);
+    return ours.take(size);
 }
 
-void *our_realloc(void *block, std::size_t size, std::size_t, std::uint8_t, std::uint16_t, std::uint32_t)
+void *our_realloc(void *block, std::size_t size, std::size_t old_size, std::uint8_t, std::uint16_t, std::uint32_t)
 {
-    ++allocations;
-    return std::realloc(block, size);
+    void *fresh = ours.take(size);
+    if (block != nullptr && fresh != nullptr) {
+        std::memcpy(fresh, block, old_size < size ? old_size : size);
+    }
+    return fresh;
+}
+
+void our_free(void *, std::uint8_t, std::uint16_t, std::uint32_t)
+{
 }
 
 bool all_zero(const void *record, std::size_t size)
@@ -70,6 +92,7 @@ struct library {
         deinit(); /* harmless before the start */
         version->alloc = version->alloc_clear = our_alloc;
         version->realloc = version->realloc_clear = our_realloc;
+        version->free = version->free_tagged = our_free;
         version_after = *version;
         reinterpret_cast<void (*)()>(::dlsym(handle, "init_dll"))();
     }
@@ -110,7 +133,39 @@ TEST(exports, are_empty_before_the_start_but_for_the_service_record)
 TEST(service_record, is_the_hosts_to_change_and_never_written)
 {
     EXPECT_EQ(std::memcmp(plug_in().version, &plug_in().version_after, sizeof(dll_info_version_struct)), 0);
-    EXPECT_GT(allocations, 0) << "the peer table must have grown through the slot";
+}
+
+/* A text of three octets into a structure that holds none yet: its array has to grow, and does so in our memory. */
+TEST(service_record, serves_the_codecs)
+{
+    const tt_peer_row *row = nullptr;
+    for (std::uint32_t i = 0; i < plug_in().peers->count && row == nullptr; ++i) {
+        row = std::strcmp(plug_in().peers->rows[i].name, "mta_string_struct") == 0 ? &plug_in().peers->rows[i] : nullptr;
+    }
+    ASSERT_NE(row, nullptr);
+    const std::uint8_t         frame[] = {3, 'a', 'b', 'c'};
+    PerError                   error = {};
+    unpack_info_struct         cursor = {frame, 0, sizeof frame, &error};
+    std::vector<std::uint64_t> value(row->size / 8 + 1);
+    const std::size_t          before = ours.used;
+    row->unpack(value.data(), &cursor);
+    EXPECT_EQ(error.code, 0U);
+    EXPECT_EQ(cursor.bits, 32U);
+    EXPECT_GT(ours.used, before);
+
+    std::uint8_t     written[8] = {};
+    pack_info_struct out = {written, 0};
+    row->pack(&out, value.data());
+    EXPECT_EQ(out.bits, 32U);
+    EXPECT_EQ(std::memcmp(written, frame, sizeof frame), 0);
+
+    bool found = false; /* the array's address, somewhere in the structure */
+    for (std::size_t at = 0; at + sizeof(void *) <= row->size; at += sizeof(void *)) {
+        const void *word = nullptr;
+        std::memcpy(&word, reinterpret_cast<const char *>(value.data()) + at, sizeof word);
+        found = found || ours.holds(word);
+    }
+    EXPECT_TRUE(found);
 }
 
 TEST(peer_table, stands_directly_behind_the_interface_record)
