@@ -52,6 +52,16 @@ inline std::uint32_t base_kind(const rw_debug_info_struct &d, std::uint32_t kind
     return kind;
 }
 
+/// The structure or union that a type name stands for, found as a host finds it; null where it stands for none.
+inline const rw_struct_row *find_struct(const rw_debug_info_struct &d, std::string_view name)
+{
+    const rw_type_row *t = find(types(d), name);
+    while (t != nullptr && t->kind == RW_KIND_TYPEDEF && t->no_dims == 0)
+        t = &d.types[t->type_index];
+    const bool found = t != nullptr && t->no_dims == 0 && (t->kind == RW_KIND_STRUCT || t->kind == RW_KIND_UNION);
+    return found ? &d.structs[t->type_index] : nullptr;
+}
+
 /// A test that runs once a domain.
 class each_domain : public testing::TestWithParam<std::uint32_t> {
 protected:

@@ -177,8 +177,9 @@ TEST_P(layout, bit_fields_are_where_the_abi_puts_them)
         EXPECT_EQ(text_of(row), text_of(row_for(bit, field.bit_width))) << s.name << "." << m.name;
         EXPECT_EQ(sup().bit_sizes[m.offsize_index], field.bit_width) << s.name << "." << m.name;
     });
-    EXPECT_EQ(tool().no_bit_map, sup().no_bit_sizes);
-    EXPECT_LE(fields, tool().no_bit_map);
+    EXPECT_LE(fields, sup().no_bit_sizes); // made-up fields of a scaled build are not in the definitions
+    const bool has_types = tool().no_offsize != 0; // else the layout step passes the domain over
+    EXPECT_EQ(tool().no_bit_map, has_types ? sup().no_bit_sizes : 1);
 }
 
 /// Writes patterns into a field of a record full of ones and of zeros, and looks at every bit of the record.

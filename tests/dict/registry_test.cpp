@@ -21,7 +21,7 @@ TEST_P(registry, names_are_enumerations_of_the_dictionary)
     for (const char *name : {desc().file_code_enum, desc().sap_enum, desc().msg_enum, desc().module_enum,
                              desc().channels_enum, desc().error_actions_enum, desc().peer_msg_param_enum})
         EXPECT_TRUE(*name == 0 || find(enums(tool()), name) != nullptr) << name;
-    EXPECT_NE(find(structs(tool()), desc().context_struct), nullptr) << desc().context_struct;
+    EXPECT_NE(find_struct(tool(), desc().context_struct), nullptr) << desc().context_struct;
     EXPECT_STRNE(desc().file_code_enum, "");
     EXPECT_STRNE(desc().module_enum, "");
 }
@@ -71,7 +71,7 @@ TEST_P(registry, messages_lead_into_the_dictionary)
         ASSERT_TRUE(code && sap) << row.msg_name;
         EXPECT_EQ(static_cast<std::uint32_t>(code->value.num), row.msg_code) << row.msg_name;
         EXPECT_EQ(static_cast<std::uint32_t>(sap->value.num), row.sap_code) << row.msg_name;
-        EXPECT_TRUE(*row.struct_name == 0 || find(structs(tool()), row.struct_name) != nullptr) << row.struct_name;
+        EXPECT_TRUE(*row.struct_name == 0 || find_struct(tool(), row.struct_name) != nullptr) << row.struct_name;
         EXPECT_TRUE(seen.insert(row.msg_code).second) << row.msg_name;
     }
 }
@@ -166,7 +166,7 @@ TEST_P(registry, value_texts_are_about_members_of_the_dictionary)
     EXPECT_EQ(table.rows[table.count - 1].record, nullptr);
     for (std::uint32_t n = 0; n + 1 < table.count; ++n) {
         const tt_value_desc_row   &row = table.rows[n];
-        const rw_struct_row *const s = find(structs(tool()), row.name);
+        const rw_struct_row *const s = find_struct(tool(), row.name);
         ASSERT_TRUE(s && row.record) << row.name;
         expect_texts(row.record->values, row.record->no_values, row.name);
         for (std::uint32_t k = 0; k < row.record->no_fields; ++k) {
@@ -190,7 +190,7 @@ TEST(peer_rows, have_the_size_that_the_dictionary_tells)
             EXPECT_EQ(row.reserved, 0U) << row.name;
             bool described = false;
             for (std::uint32_t d = 0; d < TT_NO_DOMAINS; ++d)
-                if (const rw_struct_row *const s = find(structs(tt_tool_records[d]), row.name)) {
+                if (const rw_struct_row *const s = find_struct(tt_tool_records[d], row.name)) {
                     described = true;
                     EXPECT_EQ(tt_offsize_sups[d]->offsize[s->size_index], row.size) << row.name;
                 }

@@ -183,12 +183,13 @@ TEST_P(rows, types_lead_to_the_row_that_they_name)
         }
 }
 
-/// A typedef stands behind its base, so that no walk over typedefs is endless.
+/// But for a pointer a typedef stands behind its base, so that no walk over typedefs is endless.
 TEST_P(rows, typedefs_stand_behind_their_base)
 {
     for (std::uint32_t n = 0; n < tool().no_types; ++n) {
         const rw_type_row &t = tool().types[n];
-        EXPECT_TRUE(t.kind != RW_KIND_TYPEDEF || t.type_index < n) << t.name;
+        EXPECT_TRUE(t.kind != RW_KIND_TYPEDEF || t.type_index < n || t.no_dims != 0)
+            << t.name;
     }
 }
 
