@@ -2,76 +2,17 @@
 //
 // Two questions lead to a name.  `sap_rows`, `route_rows` and the tables by message identifier answer which
 // protocol a message of the stack carries and in which direction; the type tables name its messages as the
-// standard named over each of them lists them.  Only tt_peermsg_index.h reads these tables, at compile time.
+// standard named over each of them lists them.  Only tt_peermsg_index.h reads these tables, at compile time.  Access
+// points and identifiers are the stack's own literals, generated with the dictionary.
 #pragma once
 
 #include <cstdint>
 #include <span>
 
+#include "stack_msg_def.h"
+#include "stack_sap_def.h"
+
 namespace tt_peermsg {
-
-// ------------------------------------------------------------------------------------------ the stack's numbers
-
-/// Service access points that carry peer messages; literals of stack_sap_enum.
-enum sap_id : std::uint8_t {
-    GMM_SM_SAP    = 44,
-    MM_CC_SAP     = 49,
-    MNSMS_SAP     = 50,
-    GMM_AS_SAP    = 51,
-    MM_SS_SAP     = 54,
-    MM_SMS_SAP    = 55,
-    LLC_GMM_SAP   = 84,
-    LLC_SMS_SAP   = 90,
-    RLC_RRC_SAP   = 126,
-    RLC_APP_SAP   = 127,
-    RLC_RRCA_SAP  = 154,
-    RRC_RRCA_SAP  = 158,
-    LTE_EMM_SAP   = 163,
-    LTE_ESM_SAP   = 166,
-    NGMM_NGSM_SAP = 197,
-    NR_NGMM_SAP   = 200,
-    UPM_NGMM_SAP  = 204,
-    NR_SAP        = 249,
-    TD_LTE_SAP    = 252,
-    GSM_CMN_SAP   = 255
-};
-
-/// Message identifiers that are told apart; literals of stack_msg_enum.
-enum msg_id : std::uint16_t {
-    MSG_ID_RLC_DATA_REQ            = 2,
-    MSG_ID_AS_RLC_DATA_IND         = 3,
-    MSG_ID_GMMAS_DATA_IND          = 21,
-    MSG_ID_GMM_AS_GPRS_SIG_EST_REQ = 22,
-    MSG_ID_GMM_AS_GPRS_DATA_REQ    = 23,
-    MSG_ID_GMM_AS_3G_SIG_EST_REQ   = 24,
-    MSG_ID_GMM_AS_3G_DATA_REQ      = 25,
-    MSG_ID_LLGMM_UNITDATA_IND      = 26,
-    MSG_ID_MMCC_DATA_REQ           = 27,
-    MSG_ID_MMSS_DATA_REQ           = 28,
-    MSG_ID_MMSMS_DATA_REQ          = 29,
-    MSG_ID_GMMSM_UNITDATA_REQ      = 30,
-    MSG_ID_MMCC_DATA_IND           = 32,
-    MSG_ID_MMSS_DATA_IND           = 33,
-    MSG_ID_MMSMS_DATA_IND          = 35,
-    MSG_ID_GMMSM_UNITDATA_IND      = 36,
-    MSG_ID_LLGMM_UNITDATA_REQ      = 37,
-    MSG_ID_SMS_DELIVER             = 3111,
-    MSG_ID_UPM_NGMM_DATA_REQ       = 9750,
-    MSG_ID_NGMM_NGSM_DATA_REQ      = 9812,
-    MSG_ID_UPM_NGMM_DATA_IND       = 9837,
-    MSG_ID_MMCC_EST_IND            = 10268,
-    MSG_ID_MMCC_PROMPT_IND         = 10271,
-    MSG_ID_MMSS_EST_IND            = 11273,
-    MSG_ID_LLSMS_UNITDATA_IND      = 12291,
-    MSG_ID_MMSMS_EST_IND           = 12296,
-    MSG_ID_SMS_SUBMIT              = 12307,
-    MSG_ID_SMS_COMMAND             = 12308,
-    MSG_ID_SMS_DELIVER_REPORT_ACK  = 12309,
-    MSG_ID_SMS_DELIVER_REPORT_NACK = 12310,
-    MSG_ID_NGMM_NGSM_DATA_IND      = 13389,
-    MSG_ID_LLSMS_UNITDATA_REQ      = 17410,
-    MSG_ID_RRCA_AS_RLC_DATA_IND    = 24779
-};
 
 /// Under GSM_CMN_SAP the message identifier is the kind of channel.
 enum gsm_channel_kind : std::uint16_t {
@@ -390,8 +331,8 @@ enum sap_group : std::uint8_t {
 };
 
 struct sap_row {
-    sap_id    sap;
-    sap_group group;
+    stack_sap_enum sap;
+    sap_group      group;
 };
 
 inline constexpr sap_row sap_rows[] = {
@@ -490,99 +431,99 @@ struct message_row {
     const char   *name;
 };
 
-// 3GPP TS 24.301 clause 8.2: EPS mobility management, MSG_ID_EMM_ATTACH_REQUEST to MSG_ID_EMM_SERVICE_REQUEST.
+// 3GPP TS 24.301 clause 8.2: EPS mobility management.
 inline constexpr message_row emm_messages[] = {
-    {9556, "emm_peer_attach_req_struct"},
-    {9557, "emm_peer_attach_accept_struct"},
-    {9558, "emm_peer_attach_complete_struct"},
-    {9559, "emm_peer_attach_rej_struct"},
-    {9560, "emm_peer_detach_ue_req_struct"},
-    {9561, "emm_peer_detach_nw_req_struct"},
-    {9562, "emm_peer_detach_ue_accept_struct"},
-    {9563, "emm_peer_tau_req_struct"},
-    {9564, "emm_peer_tau_accept_struct"},
-    {9565, "emm_peer_tau_complete_struct"},
-    {9566, "emm_peer_tau_rej_struct"},
-    {9567, "emm_peer_ext_service_req_struct"},
-    {9568, "emm_peer_service_rej_struct"},
-    {9569, "emm_peer_service_acc_struct"},
-    {9570, "emm_peer_guti_realloc_cmd_struct"},
-    {9571, "emm_peer_guti_realloc_com_struct"},
-    {9572, "emm_peer_auth_req_struct"},
-    {9573, "emm_peer_auth_rsp_struct"},
-    {9574, "emm_peer_auth_rej_struct"},
-    {9575, "emm_peer_auth_failure_struct"},
-    {9576, "emm_peer_id_req_struct"},
-    {9577, "emm_peer_id_rsp_struct"},
-    {9578, "emm_peer_smc_struct"},
-    {9579, "emm_peer_smc_com_struct"},
-    {9580, "emm_peer_smc_rej_struct"},
-    {9581, "emm_peer_emm_info_struct"},
-    {9582, "emm_peer_dl_nas_transport_struct"},
-    {9583, "emm_peer_ul_nas_transport_struct"},
-    {9584, "emm_peer_cs_service_notification_struct"},
-    {9585, "emm_peer_dl_generic_nas_transport_struct"},
-    {9586, "emm_peer_ul_generic_nas_transport_struct"},
-    {9587, "emm_peer_service_req_struct"},
+    {MSG_ID_EMM_ATTACH_REQUEST,           "emm_peer_attach_req_struct"},
+    {MSG_ID_EMM_ATTACH_ACCEPT,            "emm_peer_attach_accept_struct"},
+    {MSG_ID_EMM_ATTACH_COMPLETE,          "emm_peer_attach_complete_struct"},
+    {MSG_ID_EMM_ATTACH_REJECT,            "emm_peer_attach_rej_struct"},
+    {MSG_ID_EMM_DETACH_UE_REQUEST,        "emm_peer_detach_ue_req_struct"},
+    {MSG_ID_EMM_DETACH_NW_REQUEST,        "emm_peer_detach_nw_req_struct"},
+    {MSG_ID_EMM_DETACH_UE_ACCEPT,         "emm_peer_detach_ue_accept_struct"},
+    {MSG_ID_EMM_TAU_REQUEST,              "emm_peer_tau_req_struct"},
+    {MSG_ID_EMM_TAU_ACCEPT,               "emm_peer_tau_accept_struct"},
+    {MSG_ID_EMM_TAU_COMPLETE,             "emm_peer_tau_complete_struct"},
+    {MSG_ID_EMM_TAU_REJECT,               "emm_peer_tau_rej_struct"},
+    {MSG_ID_EMM_EXT_SERVICE_REQUEST,      "emm_peer_ext_service_req_struct"},
+    {MSG_ID_EMM_SERVICE_REJECT,           "emm_peer_service_rej_struct"},
+    {MSG_ID_EMM_SERVICE_ACCEPT,           "emm_peer_service_acc_struct"},
+    {MSG_ID_EMM_GUTI_REALLOC_COMMAND,     "emm_peer_guti_realloc_cmd_struct"},
+    {MSG_ID_EMM_GUTI_REALLOC_COMPLETE,    "emm_peer_guti_realloc_com_struct"},
+    {MSG_ID_EMM_AUTH_REQUEST,             "emm_peer_auth_req_struct"},
+    {MSG_ID_EMM_AUTH_RESPONSE,            "emm_peer_auth_rsp_struct"},
+    {MSG_ID_EMM_AUTH_REJECT,              "emm_peer_auth_rej_struct"},
+    {MSG_ID_EMM_AUTH_FAILURE,             "emm_peer_auth_failure_struct"},
+    {MSG_ID_EMM_IDENTITY_REQUEST,         "emm_peer_id_req_struct"},
+    {MSG_ID_EMM_IDENTITY_RESPONSE,        "emm_peer_id_rsp_struct"},
+    {MSG_ID_EMM_SECURITY_MODE_COMMAND,    "emm_peer_smc_struct"},
+    {MSG_ID_EMM_SECURITY_MODE_COMPLETE,   "emm_peer_smc_com_struct"},
+    {MSG_ID_EMM_SECURITY_MODE_REJECT,     "emm_peer_smc_rej_struct"},
+    {MSG_ID_EMM_EMM_INFORMATION,          "emm_peer_emm_info_struct"},
+    {MSG_ID_EMM_DL_NAS_TRANSPORT,         "emm_peer_dl_nas_transport_struct"},
+    {MSG_ID_EMM_UL_NAS_TRANSPORT,         "emm_peer_ul_nas_transport_struct"},
+    {MSG_ID_EMM_CS_SERVICE_NOTIFICATION,  "emm_peer_cs_service_notification_struct"},
+    {MSG_ID_EMM_DL_GENERIC_NAS_TRANSPORT, "emm_peer_dl_generic_nas_transport_struct"},
+    {MSG_ID_EMM_UL_GENERIC_NAS_TRANSPORT, "emm_peer_ul_generic_nas_transport_struct"},
+    {MSG_ID_EMM_SERVICE_REQUEST,          "emm_peer_service_req_struct"},
 };
 
-// 3GPP TS 24.301 clause 8.3: EPS session management.  The last, MSG_ID_ESM_ESM_DUMMY_MESAGE, stands apart.
+// 3GPP TS 24.301 clause 8.3: EPS session management.
 inline constexpr message_row esm_messages[] = {
-    {9588, "activate_default_eps_bearer_context_req_struct"},
-    {9589, "activate_default_eps_bearer_context_acc_struct"},
-    {9590, "activate_default_eps_bearer_context_rej_struct"},
-    {9591, "activate_dedicated_eps_bearer_context_req_struct"},
-    {9592, "activate_dedicated_eps_bearer_context_acc_struct"},
-    {9593, "activate_dedicated_eps_bearer_context_rej_struct"},
-    {9594, "modify_eps_bearer_context_req_struct"},
-    {9595, "modify_eps_bearer_context_acc_struct"},
-    {9596, "modify_eps_bearer_context_rej_struct"},
-    {9597, "deactivate_eps_bearer_context_req_struct"},
-    {9598, "deactivate_eps_bearer_context_acc_struct"},
-    {9599, "pdn_connectivity_req_struct"},
-    {9600, "pdn_connectivity_rej_struct"},
-    {9601, "pdn_disconnect_req_struct"},
-    {9602, "pdn_disconnect_rej_struct"},
-    {9603, "bearer_resource_allocation_req_struct"},
-    {9604, "bearer_resource_allocation_rej_struct"},
-    {9605, "bearer_resource_modification_req_struct"},
-    {9606, "bearer_resource_modification_rej_struct"},
-    {9607, "esm_information_req_struct"},
-    {9608, "esm_information_rsp_struct"},
-    {9609, "esm_notification_struct"},
-    {9610, "esm_status_struct"},
-    {9674, "esm_dummy_message_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEFAULT_BEARER_REQUEST,      "activate_default_eps_bearer_context_req_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEFAULT_BEARER_ACCEPT,       "activate_default_eps_bearer_context_acc_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEFAULT_BEARER_REJECT,       "activate_default_eps_bearer_context_rej_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEDICATED_BEARER_REQUEST,    "activate_dedicated_eps_bearer_context_req_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEDICATED_BEARER_ACCEPT,     "activate_dedicated_eps_bearer_context_acc_struct"},
+    {MSG_ID_ESM_ACTIVATE_DEDICATED_BEARER_REJECT,     "activate_dedicated_eps_bearer_context_rej_struct"},
+    {MSG_ID_ESM_MODIFY_BEARER_REQUEST,                "modify_eps_bearer_context_req_struct"},
+    {MSG_ID_ESM_MODIFY_BEARER_ACCEPT,                 "modify_eps_bearer_context_acc_struct"},
+    {MSG_ID_ESM_MODIFY_BEARER_REJECT,                 "modify_eps_bearer_context_rej_struct"},
+    {MSG_ID_ESM_DEACTIVATE_BEARER_REQUEST,            "deactivate_eps_bearer_context_req_struct"},
+    {MSG_ID_ESM_DEACTIVATE_BEARER_ACCEPT,             "deactivate_eps_bearer_context_acc_struct"},
+    {MSG_ID_ESM_PDN_CONNECTIVITY_REQUEST,             "pdn_connectivity_req_struct"},
+    {MSG_ID_ESM_PDN_CONNECTIVITY_REJECT,              "pdn_connectivity_rej_struct"},
+    {MSG_ID_ESM_PDN_DISCONNECT_REQUEST,               "pdn_disconnect_req_struct"},
+    {MSG_ID_ESM_PDN_DISCONNECT_REJECT,                "pdn_disconnect_rej_struct"},
+    {MSG_ID_ESM_BEARER_RESOURCE_ALLOCATION_REQUEST,   "bearer_resource_allocation_req_struct"},
+    {MSG_ID_ESM_BEARER_RESOURCE_ALLOCATION_REJECT,    "bearer_resource_allocation_rej_struct"},
+    {MSG_ID_ESM_BEARER_RESOURCE_MODIFICATION_REQUEST, "bearer_resource_modification_req_struct"},
+    {MSG_ID_ESM_BEARER_RESOURCE_MODIFICATION_REJECT,  "bearer_resource_modification_rej_struct"},
+    {MSG_ID_ESM_ESM_INFORMATION_REQUEST,              "esm_information_req_struct"},
+    {MSG_ID_ESM_ESM_INFORMATION_RESPONSE,             "esm_information_rsp_struct"},
+    {MSG_ID_ESM_NOTIFICATION,                         "esm_notification_struct"},
+    {MSG_ID_ESM_STATUS,                               "esm_status_struct"},
+    {MSG_ID_ESM_ESM_DUMMY_MESAGE,                     "esm_dummy_message_struct"},
 };
 
-// 3GPP TS 24.501 clause 8.2: 5GS mobility management.  9691 to 9693 and 9708 name nothing.
+// 3GPP TS 24.501 clause 8.2: 5GS mobility management.
 inline constexpr message_row ngmm_messages[] = {
-    {9680, "ngmm_peer_registration_request_struct"},
-    {9681, "ngmm_peer_registration_accept_struct"},
-    {9682, "ngmm_peer_registration_complete_struct"},
-    {9683, "ngmm_peer_registration_reject_struct"},
-    {9684, "ngmm_peer_ue_originating_deregistration_request_struct"},
-    {9685, "ngmm_peer_ue_originating_deregistration_accept_struct"},
-    {9686, "ngmm_peer_ue_terminated_deregistration_request_struct"},
-    {9687, "ngmm_peer_ue_terminated_deregistration_accept_struct"},
-    {9688, "ngmm_peer_service_request_struct"},
-    {9689, "ngmm_peer_service_accept_struct"},
-    {9690, "ngmm_peer_service_reject_struct"},
-    {9694, "ngmm_peer_configuration_update_command_struct"},
-    {9695, "ngmm_peer_configuration_update_complete_struct"},
-    {9696, "ngmm_peer_authentication_request_struct"},
-    {9697, "ngmm_peer_authentication_response_struct"},
-    {9698, "ngmm_peer_authentication_reject_struct"},
-    {9699, "ngmm_peer_authentication_failure_struct"},
-    {9700, "ngmm_peer_authentication_result_struct"},
-    {9701, "ngmm_peer_identity_request_struct"},
-    {9702, "ngmm_peer_identity_response_struct"},
-    {9703, "ngmm_peer_security_mode_command_struct"},
-    {9704, "ngmm_peer_security_mode_complete_struct"},
-    {9705, "ngmm_peer_security_mode_reject_struct"},
-    {9706, "ngmm_peer_ngmm_status_struct"},
-    {9707, "ngmm_peer_notification_struct"},
-    {9709, "ngmm_peer_ul_nas_transport_struct"},
-    {9710, "ngmm_peer_dl_nas_transport_struct"},
+    {MSG_ID_NGMM_REGISTRATION_REQUEST,      "ngmm_peer_registration_request_struct"},
+    {MSG_ID_NGMM_REGISTRATION_ACCEPT,       "ngmm_peer_registration_accept_struct"},
+    {MSG_ID_NGMM_REGISTRATION_COMPLETE,     "ngmm_peer_registration_complete_struct"},
+    {MSG_ID_NGMM_REGISTRATION_REJECT,       "ngmm_peer_registration_reject_struct"},
+    {MSG_ID_NGMM_UE_DEREGISTRATION_REQUEST, "ngmm_peer_ue_originating_deregistration_request_struct"},
+    {MSG_ID_NGMM_UE_DEREGISTRATION_ACCEPT,  "ngmm_peer_ue_originating_deregistration_accept_struct"},
+    {MSG_ID_NGMM_NW_DEREGISTRATION_REQUEST, "ngmm_peer_ue_terminated_deregistration_request_struct"},
+    {MSG_ID_NGMM_NW_DEREGISTRATION_ACCEPT,  "ngmm_peer_ue_terminated_deregistration_accept_struct"},
+    {MSG_ID_NGMM_SERVICE_REQUEST,           "ngmm_peer_service_request_struct"},
+    {MSG_ID_NGMM_SERVICE_ACCEPT,            "ngmm_peer_service_accept_struct"},
+    {MSG_ID_NGMM_SERVICE_REJECT,            "ngmm_peer_service_reject_struct"},
+    {MSG_ID_NGMM_CONFIG_UPDATE_COMMAND,     "ngmm_peer_configuration_update_command_struct"},
+    {MSG_ID_NGMM_CONFIG_UPDATE_COMPLETE,    "ngmm_peer_configuration_update_complete_struct"},
+    {MSG_ID_NGMM_AUTHENTICATION_REQUEST,    "ngmm_peer_authentication_request_struct"},
+    {MSG_ID_NGMM_AUTHENTICATION_RESPONSE,   "ngmm_peer_authentication_response_struct"},
+    {MSG_ID_NGMM_AUTHENTICATION_REJECT,     "ngmm_peer_authentication_reject_struct"},
+    {MSG_ID_NGMM_AUTHENTICATION_FAILURE,    "ngmm_peer_authentication_failure_struct"},
+    {MSG_ID_NGMM_AUTHENTICATION_RESULT,     "ngmm_peer_authentication_result_struct"},
+    {MSG_ID_NGMM_IDENTITY_REQUEST,          "ngmm_peer_identity_request_struct"},
+    {MSG_ID_NGMM_IDENTITY_RESPONSE,         "ngmm_peer_identity_response_struct"},
+    {MSG_ID_NGMM_SECURITY_MODE_COMMAND,     "ngmm_peer_security_mode_command_struct"},
+    {MSG_ID_NGMM_SECURITY_MODE_COMPLETE,    "ngmm_peer_security_mode_complete_struct"},
+    {MSG_ID_NGMM_SECURITY_MODE_REJECT,      "ngmm_peer_security_mode_reject_struct"},
+    {MSG_ID_NGMM_STATUS,                    "ngmm_peer_ngmm_status_struct"},
+    {MSG_ID_NGMM_NOTIFICATION,              "ngmm_peer_notification_struct"},
+    {MSG_ID_NGMM_UL_NAS_TRANSPORT,          "ngmm_peer_ul_nas_transport_struct"},
+    {MSG_ID_NGMM_DL_NAS_TRANSPORT,          "ngmm_peer_dl_nas_transport_struct"},
 };
 
 struct message_list {
