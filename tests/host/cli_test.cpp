@@ -201,13 +201,13 @@ TEST(record, lays_an_image_out)
             [1]  5
             [2]  6
     links
-        [0]  0x0
+        [0]  null
         [1]  0x11
     bits
         bitLen  9
-        bits    0x0  (2 elements)
+        bits    null  (2 elements)
     pairs
-        first  0x0
+        first  null
         count  2
     loose    07000000  (no selector named)
     name     6869000000000000  "hi"
@@ -350,11 +350,76 @@ TEST(classify, names_structures)
          "stack  sap 49 MM_CC_SAP  msg 27 MSG_ID_MMCC_DATA_REQ  no_codec_struct  (no codec)\n"
          "stack  sap 1  msg 2 MSG_ID_HELLO  no peer structure\n", "", script},
         {"peer sizes against the dictionary", {"peers"}, 1,
-         "    0       2  pair_struct                                   stack, gsm\n"
-         "    1       3  odd_struct                                    stack, gsm\n"
-         "    2       4  unknown_struct                                not in the dictionary\n",
-         sizeof(void *) == 8 ? "solvane-host: odd_struct has 3 octets in the peer table and 120 in the dictionary\n"
-                             : "solvane-host: odd_struct has 3 octets in the peer table and 88 in the dictionary\n"},
+         std::string("    0       2  pair_struct                                   stack, gsm\n")
+         + (sizeof(void *) == 8 ? "    1     120" : "    1      88") +
+         "  odd_struct                                    stack, gsm\n"
+         "    2       3  choice_union                                  stack, gsm\n"
+         "    3       4  unknown_struct                                not in the dictionary\n",
+         "solvane-host: choice_union has 3 octets in the peer table and 4 in the dictionary\n"},
+    });
+}
+
+TEST(decode, follows_pointers_counts_and_lists)
+{
+    check({
+        {"every kind of pointer", {"decode", "odd_struct", "a1b2"}, 0, R"x(odd_struct /* stack, 2 octets */
+    kind     2
+    number   0
+    pd       0
+    ti       0
+    wide     0
+    colour   0 RED
+    choice   (case 2)
+        word  7
+    extraP   1
+    extra    9
+    no_data  2
+    data     (2 elements)
+        ->  a1b2
+    grid
+        [0]
+            [0]  0
+            [1]  0
+            [2]  0
+        [1]
+            [0]  0
+            [1]  0
+            [2]  0
+    links
+        [0]  null
+        [1]
+            ->
+                one  0
+                two  0
+    bits
+        bitLen  9
+        bits    (2 elements)
+            ->  0080
+    pairs
+        [0]
+            one  1  "first"
+            two  11
+        [1]
+            one  2  "second"
+            two  12
+    loose    00000000  (no selector named)
+    name     0000000000000000
+    last     0
+)x"},
+        {"for programs", {"decode", "pair_struct", "01", "0203", "--json"}, 1,
+         R"({"schema":"solvane.decoded/1","domain":{"value":1,"text":"stack"},"struct":"pair_struct","message":"010203","octets_used":2,"error":{"value":0,"text":"none"},"must_understand":false,"value":{"one":{"value":1,"text":"first"},"two":2}})"
+         "\n"},
+        {"octets left over", {"decode", "pair_struct", "010203"}, 1,
+         "pair_struct /* stack, 3 octets */  2 of 3 octets used\n    one  1  \"first\"\n    two  2\n"},
+        {"too short", {"decode", "pair_struct", "01"}, 1,
+         "pair_struct /* stack, 1 octet */  broken off, 0 of 1 octets used\n    one  0\n    two  0\n"},
+        {"not survived", {"decode", "pair_struct", "ee00", "--isolate"}, 6, "",
+         "solvane-host: the library died on a pair_struct: ee00\n"},
+        {"no codec", {"decode", "pair_strct", "00"}, 1, "", "solvane-host: no codec for pair_strct; did you mean pair_struct?\n"},
+        {"no dictionary", {"decode", "unknown_struct", "00"}, 1, "", "solvane-host: unknown_struct is in no dictionary\n"},
+        {"a recording", {"decode", "-r", "-", "-tn"}, 1,
+         "pair_struct /* stack, 2 octets */\n    one  3\n    two  5\n",
+         "solvane-host: packet 10: no codec for no_codec_struct\n", script},
     });
 }
 

@@ -1,22 +1,17 @@
 #include <fmt/format.h>
 
-#include "agent_packet.h"
 #include "command.h"
 #include "failure.h"
-#include "isolate.h"
 #include "json_out.h"
 #include "lookup.h"
+#include "peer_message.h"
 #include "print.h"
-#include "recording.h"
 #include "session.h"
 #include "times.h"
 
 namespace solvane::host {
 
 namespace {
-
-/* The classifier reads up to byte 3 of the peer buffer whatever its length. */
-constexpr std::size_t peer_room = 8;
 
 struct classify_options {
     std::string file;
@@ -28,44 +23,6 @@ struct classify_options {
     std::string local;
     std::string times = "relative";
 };
-
-/// What the library made of a message.
-struct verdict {
-    bool        died = false;
-    std::string name; ///< empty: no peer structure applies
-};
-
-std::string name_of(const plugin &loaded, const tt_msg_struct &record)
-{
-    const char *name = loaded.info->tt_peer_struct_name(&record);
-    return name != nullptr ? name : "";
-}
-
-/* A message to the infrastructure trips an assertion, and local parameters that do not fit together make the
- * library fault: both are asked about in a child process. */
-verdict classify(session &work, layer_message message, std::uint8_t entity)
-{
-    const std::size_t length = message.peer.size();
-    message.peer.resize(length + (length != 0 ? peer_room : 0));
-    tt_msg_struct record = as_record(message, entity);
-    record.peer_buff.no_peer_buff_ptr = static_cast<std::uint16_t>(length);
-    const plugin &loaded = work.started();
-    if (entity != ENTITY_DEFAULT && message.local_params.empty()) {
-        return {false, name_of(loaded, record)};
-    }
-    const auto name = in_isolation([&] { return name_of(loaded, record); });
-    return {!name, name.value_or("")};
-}
-
-const tt_peer_row *peer_row(const plugin &loaded, const std::string &name)
-{
-    for (std::uint32_t i = 0; i < loaded.peers->count; ++i) {
-        if (name == loaded.peers->rows[i].name) {
-            return &loaded.peers->rows[i];
-        }
-    }
-    return nullptr;
-}
 
 json describe(session &work, const domain &in, const layer_message &message, const verdict &found)
 {
@@ -107,7 +64,7 @@ layer_message message_of(const classify_options &options, const domain &in)
         if (read.bad_column != 0) {
             throw failure(exit_usage, fmt::format("column {} of {}: {}", read.bad_column, what, read.complaint));
         }
-        if (read.value.size() > 0xFFFF - peer_room) {
+        if (read.value.size() > 0xFFFF) {
             throw failure(exit_usage, fmt::format("{} is too long", what));
         }
         return std::move(read.value);
@@ -123,7 +80,7 @@ layer_message message_of(const classify_options &options, const domain &in)
 int run_one(session &work, const classify_options &options, const domain &in)
 {
     const layer_message message = message_of(options, in);
-    const verdict       found = classify(work, message, static_cast<std::uint8_t>(in.number));
+    const verdict       found = classify(work.started(), message, static_cast<std::uint8_t>(in.number));
     if (found.died) {
         throw failure(exit_decoder_died, "the library died on this message");
     }
@@ -132,13 +89,6 @@ int run_one(session &work, const classify_options &options, const domain &in)
         work.note_finding();
     }
     return work.result();
-}
-
-/// Whether a packet is the report of an inter-layer message.
-bool carries_message(const packet &what)
-{
-    return what.kind == packet_kind::agent && what.way != direction::out && !what.content.empty() &&
-           what.content[0] == report_trace;
 }
 
 void show_recorded(session &work, const domain &in, const packet &what, const layer_message &message,
@@ -176,7 +126,7 @@ int run_recording(session &work, const classify_options &options, const domain &
         if (!message) {
             continue;
         }
-        const verdict found = classify(work, *message, static_cast<std::uint8_t>(in.number));
+        const verdict found = classify(work.started(), *message, static_cast<std::uint8_t>(in.number));
         if (found.died) {
             work.finding(fmt::format("packet {}: the library died on this message", next->number));
             died = true;

@@ -95,6 +95,7 @@ command record_command();
 command trace_command();
 command statements_command();
 command classify_command();
+command decode_command();
 command peers_command();
 command convert_command();
 command completion_command();

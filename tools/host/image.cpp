@@ -33,7 +33,7 @@ public:
 private:
     value_node scalar(const resolved_type &type, const site &where) const;
     value_node array(const resolved_type &type, std::size_t from_level, const site &where) const;
-    value_node pointer(const resolved_type &type, const site &where) const;
+    value_node pointer(const resolved_type &type, std::size_t from_level, const site &where) const;
     value_node record(const resolved_type &type, const site &where) const;
     value_node member(const laid_record &whole, const laid_member &each, const site &where) const;
     value_node bit_field(const laid_member &each, const site &where) const;
@@ -108,7 +108,7 @@ value_node reader::value(const resolved_type &type, std::size_t from_level, cons
         return node;
     }
     if (from_level < type.dims.size()) {
-        return type.dims[from_level].dim_class == RW_PC_POINTERTO ? pointer(type, where)
+        return type.dims[from_level].dim_class == RW_PC_POINTERTO ? pointer(type, from_level, where)
                                                                   : array(type, from_level, where);
     }
     resolved_type element = type; /* behind its last declarator level */
@@ -174,7 +174,7 @@ value_node reader::array(const resolved_type &type, std::size_t from_level, cons
     return node;
 }
 
-value_node reader::pointer(const resolved_type &type, const site &where) const
+value_node reader::pointer(const resolved_type &type, std::size_t from_level, const site &where) const
 {
     const std::uint64_t width = basic_size(in_, RW_KIND_VOID);
     if (where.at.size() < width) {
@@ -184,6 +184,14 @@ value_node reader::pointer(const resolved_type &type, const site &where) const
     node.type = type.name;
     node.form = shape::pointer;
     node.number = static_cast<std::int64_t>(unsigned_at(where.at, width));
+    /* A pointer that stands in an array has no count: one element, unless its type is nothing at all. */
+    const std::uint64_t size = size_of(in_, type, from_level + 1);
+    if (from_level > 0 && kind_ == memory::live && node.number != 0 && size != 0) {
+        site place = where;
+        place.at = behind(static_cast<std::uint64_t>(node.number), size);
+        ++place.depth;
+        node.children.push_back(value(type, from_level + 1, place));
+    }
     return node;
 }
 

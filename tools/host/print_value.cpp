@@ -21,12 +21,21 @@ std::string octets_text(const painter &paint, const value_node &node)
     return out + (node.words.empty() ? "" : "  " + paint(ink::text, quoted(node.words)));
 }
 
+/* An address means nothing to a reader who sees what stands there. */
+std::string pointer_text(const painter &paint, const value_node &node)
+{
+    if (node.number == 0) {
+        return paint(ink::note, "null");
+    }
+    return node.children.empty() ? paint(ink::number, fmt::format("{:#x}", static_cast<std::uint64_t>(node.number))) : "";
+}
+
 std::string value_text(const painter &paint, const value_node &node)
 {
     switch (node.form) {
     case shape::number: return number_text(paint, node);
     case shape::octets: return octets_text(paint, node);
-    case shape::pointer: return paint(ink::number, fmt::format("{:#x}", static_cast<std::uint64_t>(node.number)));
+    case shape::pointer: return pointer_text(paint, node);
     case shape::absent: return paint(ink::note, "absent");
     case shape::cut: return paint(ink::bad, "beyond the end of the image");
     case shape::record:
@@ -55,17 +64,15 @@ void print_node(session &to, const value_node &node, const std::string &name, st
 
 void print_children(session &to, const value_node &node, std::size_t indent)
 {
-    std::size_t column = 0;
-    for (std::size_t i = 0; i < node.children.size(); ++i) {
-        const auto &child = node.children[i];
-        column = std::max(column, child.name.empty() ? fmt::format("[{}]", i).size() : child.name.size());
+    std::vector<std::string> names;
+    std::size_t              column = 0;
+    for (const auto &child : node.children) {
+        const bool pointee = node.form == shape::pointer;
+        names.push_back(pointee ? "->" : child.name.empty() ? fmt::format("[{}]", names.size()) : child.name);
+        column = std::max(column, names.back().size());
     }
-    column = std::min(column, widest_name);
     for (std::size_t i = 0; i < node.children.size(); ++i) {
-        const auto &child = node.children[i];
-        const bool  behind_pointer = node.form == shape::pointer;
-        print_node(to, child, behind_pointer ? "->" : child.name.empty() ? fmt::format("[{}]", i) : child.name, indent,
-                   column);
+        print_node(to, node.children[i], names[i], indent, std::min(column, widest_name));
     }
 }
 

@@ -1,0 +1,225 @@
+#include <fmt/format.h>
+
+#include "command.h"
+#include "failure.h"
+#include "json_out.h"
+#include "lookup.h"
+#include "peer_message.h"
+#include "print.h"
+#include "session.h"
+#include "times.h"
+
+namespace solvane::host {
+
+namespace {
+
+struct decode_options {
+    std::string              name;
+    std::vector<std::string> words;
+    std::string              read;
+    std::string              times = "relative";
+    bool                     isolate = false;
+};
+
+/// A message that is to be shown: where it comes from and what it holds.
+struct subject {
+    std::string        name;
+    octets             message;
+    const packet      *from = nullptr; ///< of a recording, or null
+    const tt_peer_row *row = nullptr;
+};
+
+octets hex_of(const std::vector<std::string> &words)
+{
+    std::string text;
+    for (const auto &word : words) {
+        text += word + " ";
+    }
+    hex_result read = parse_hex(text);
+    if (read.bad_column != 0) {
+        throw failure(exit_usage, fmt::format("column {} of the message: {}", read.bad_column, read.complaint));
+    }
+    return std::move(read.value);
+}
+
+const tt_peer_row &row_named(session &work, const std::string &name)
+{
+    if (const tt_peer_row *row = peer_row(work.started(), name)) {
+        return *row;
+    }
+    suggestions near(name);
+    for (std::uint32_t i = 0; i < work.started().peers->count; ++i) {
+        near.offer(work.started().peers->rows[i].name);
+    }
+    throw failure(exit_findings, fmt::format("no codec for {}{}", name, near.text()));
+}
+
+/* The first domain whose dictionary describes the structure. */
+std::optional<found_type> description(session &work, const std::string &name)
+{
+    for (const auto &in : work.domains()) {
+        if (const auto use = find_type(in, name)) {
+            return found_type{&in, *use};
+        }
+    }
+    return std::nullopt;
+}
+
+const char *error_word(const PerError &error)
+{
+    return error.code == 0 ? "none" : error.code == 1 ? "soft" : "hard";
+}
+
+/* In words what is not as it should be, or nothing. */
+std::string remarks_on(const subject &about, const decoded_message &found)
+{
+    std::string out;
+    const auto  add = [&](const std::string &text) { out.append(out.empty() ? "" : ", ").append(text); };
+    if (found.error.code != 0) {
+        add(found.error.code == 1 ? "a value outside its range" : "broken off");
+    }
+    if (found.error.must_understand != 0) {
+        add("an unknown element that has to be understood");
+    }
+    if (found.octets_used < about.message.size()) {
+        add(fmt::format("{} of {} octets used", found.octets_used, about.message.size()));
+    } else if (found.octets_used > about.message.size()) {
+        add(fmt::format("{} octets wanted, {} there", found.octets_used, about.message.size()));
+    }
+    return out;
+}
+
+void show(session &work, const subject &about, const found_type &described, const decoded_message &found,
+          time_format &times)
+{
+    const auto        memory = found.memory(*about.row);
+    const value_node  value = read_value(work.started(), *described.in, described.use, memory, memory::live);
+    const std::string remarks = remarks_on(about, found);
+    if (!work.settings.json) {
+        work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) + " " +
+                  work.paint(ink::note, fmt::format("/* {}, {} */", described.in->name,
+                                                    counted(about.message.size(), "octet"))) +
+                  (remarks.empty() ? "" : "  " + work.paint(ink::bad, remarks)));
+        print_value(work, value);
+        return;
+    }
+    json out = json_object("decoded");
+    if (about.from != nullptr) {
+        out["packet"] = about.from->number;
+    }
+    if (about.from != nullptr && about.from->time) {
+        out["time_ns"] = *about.from->time;
+    }
+    out["domain"] = json_enum(described.in->number, described.in->name);
+    out["struct"] = about.name;
+    out["message"] = to_hex(about.message);
+    out["octets_used"] = found.octets_used;
+    out["error"] = json_enum(found.error.code, error_word(found.error));
+    out["must_understand"] = found.error.must_understand != 0;
+    out["value"] = json_value(value);
+    work.line(json_line(out));
+}
+
+/* False when the library died on it. */
+bool decode(session &work, const subject &about, bool isolate, time_format &times)
+{
+    const auto described = description(work, about.name);
+    if (!described) {
+        work.finding(fmt::format("{} is in no dictionary", about.name));
+        return true;
+    }
+    const decoded_message found = decode_peer(*about.row, about.message, isolate);
+    if (found.died) {
+        work.finding(fmt::format("the library died on a {}: {}", about.name, to_hex(about.message)));
+        return false;
+    }
+    if (!remarks_on(about, found).empty()) {
+        work.note_finding();
+    }
+    show(work, about, *described, found, times);
+    release_memory();
+    return true;
+}
+
+/* A message with no name, or of a name with no codec, is told in a line and passed over. */
+bool decode_packet(session &work, const packet &what, std::uint8_t entity, const decode_options &options,
+                   time_format &times)
+{
+    std::string complaint = what.complaint;
+    const auto  message = complaint.empty() && carries_message(what)
+                              ? parse_layer_message(std::span(what.content).subspan(1), complaint)
+                              : std::nullopt;
+    if (!complaint.empty()) {
+        work.finding(fmt::format("packet {}: {}", what.number, complaint));
+    }
+    if (!message) {
+        return true;
+    }
+    const verdict found = classify(work.started(), *message, entity);
+    if (found.died) {
+        work.finding(fmt::format("packet {}: the library died on this message", what.number));
+        return false;
+    }
+    if (found.name.empty()) {
+        return true;
+    }
+    const tt_peer_row *row = peer_row(work.started(), found.name);
+    if (row == nullptr) {
+        work.finding(fmt::format("packet {}: no codec for {}", what.number, found.name));
+        return true;
+    }
+    return decode(work, {found.name, message->peer, &what, row}, options.isolate, times);
+}
+
+int run_recording(session &work, const decode_options &options)
+{
+    const auto entity = static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
+    const auto source = open_recording(options.read, [&work]() -> const plugin & { return work.started(); });
+    time_format times(options.times);
+    bool        died = false;
+    work.out.set_line_flush(work.settings.line_flush || source->is_live());
+    while (const auto next = source->next()) {
+        times.pass(next->time);
+        died = !decode_packet(work, *next, entity, options, times) || died;
+    }
+    return died ? exit_decoder_died : work.result();
+}
+
+int run(session &work, const decode_options &options)
+{
+    lend_memory(*work.loaded().version);
+    if (!options.read.empty()) {
+        return run_recording(work, options);
+    }
+    if (options.name.empty()) {
+        throw failure(exit_usage, "give a structure and its octets, or -r and a recording");
+    }
+    time_format   times("none");
+    const subject about = {options.name, hex_of(options.words), nullptr, &row_named(work, options.name)};
+    return decode(work, about, options.isolate, times) ? work.result() : exit_decoder_died;
+}
+
+} // namespace
+
+command decode_command()
+{
+    const auto options = std::make_shared<decode_options>();
+    return {
+        "decode",
+        "octets of the air interface as named values",
+        "The octets are unpacked by the library's codec for the structure and shown through the dictionary; pointers are\n"
+        "followed.  Of a recording every inter-layer message with a codec is decoded.  Octets left over, values out of\n"
+        "range and messages broken off are findings.",
+        {{"decode mm_peer_lu_rej_struct 050402", "octets of a message whose structure is known"},
+         {"decode -r run.pcapng", "all messages of a recording"},
+         {"decode -r run.pcapng --json --isolate", "for programs, each message tried in a child process first"}},
+        {{"STRUCT", "a structure of the peer table", &options->name, false},
+         {"HEX", "octets of the message", &options->words, false}},
+        {{"-r,--read", "FILE", "decode the messages of a recording", &options->read, {}, completes::file},
+         {"-t,--time", "FORMAT", "relative, delta, absolute, epoch or none", &options->times},
+         {"--isolate", "", "try every message in a child process first", &options->isolate}},
+        [options](session &work) { return run(work, *options); },
+    };
+}
+
+} // namespace solvane::host
