@@ -295,11 +295,12 @@ struct value_check {
     {
         std::map<std::uint32_t, place> seen;
         for (value_case_def &c : cases) {
+            std::optional<std::int64_t> selector = no_index; // of the default case
             if (c.selector)
-                c.number = static_cast<std::uint32_t>(
-                    evaluate(s, *c.selector, units, 0, uint32_high - 1, "the selector").value_or(0));
+                selector = evaluate(s, *c.selector, units, 0, uint32_high - 1, "the selector");
+            c.number = static_cast<std::uint32_t>(selector.value_or(0));
             const auto [at, fresh] = seen.emplace(c.number, c.where);
-            if (!fresh)
+            if (selector && !fresh)
                 s.diag.conflict(c.where, "this case stands here twice", at->second, "the first");
             values(c.values);
         }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
 #include <string_view>
 
@@ -175,7 +176,7 @@ void member_check::apply(const attribute &a, std::uint32_t self)
     case what::selected: selected(a, self); break;
     case what::case_:
         m.case_value = static_cast<std::uint32_t>(
-            evaluate(s, *a.value, sees, 0, no_ref - 1, "the case").value_or(0));
+            evaluate(s, *a.value, sees, 0, no_ref - 1, "the case").value_or(no_ref));
         break;
     case what::rt_selector:
         m.rt_selector = static_cast<std::uint32_t>(
@@ -238,22 +239,19 @@ void member_check::check_guarded() const
 /// A case is one above the one before it, 0 for the first, unless it is given.
 void member_check::number_cases()
 {
-    std::uint32_t next = 0;
-    for (std::uint32_t n = 0; n < record.members.size(); ++n) {
-        member_def &m = record.members[n];
+    std::uint32_t                  next = 0;
+    std::map<std::uint32_t, place> taken;
+    for (member_def &m : record.members) {
         if (m.hidden)
             continue;
         m.case_value = m.case_value == no_ref ? next : m.case_value;
         next = m.case_value + 1;
         if (m.case_value >= no_ref)
             s.diag.error(m.decl.id.where, fmt::format("the case is {}, outside 0 to {}", m.case_value, no_ref - 1));
-        for (std::uint32_t before = 0; before < n; ++before) {
-            if (!at(before).hidden && at(before).case_value == m.case_value) {
-                s.diag.conflict(m.decl.id.where, fmt::format("case {} is taken", m.case_value),
-                                at(before).decl.id.where, "by this member");
-                break;
-            }
-        }
+        const auto [at, fresh] = taken.emplace(m.case_value, m.decl.id.where);
+        if (!fresh)
+            s.diag.conflict(m.decl.id.where, fmt::format("case {} is taken", m.case_value), at->second,
+                            "by this member");
     }
 }
 

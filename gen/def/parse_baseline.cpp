@@ -64,20 +64,29 @@ void parse_baseline_statement(parser &in, baseline_def &baseline)
     }
 }
 
-// peer = name "{" "pack" name ";" "unpack" name ";" "}" [ ";" ] ;
+// peer_function = ( "pack" | "unpack" ) name ";" ;
+void parse_peer_function(parser &in, peer_row_def &row)
+{
+    if (!in.is_word("pack") && !in.is_word("unpack"))
+        in.fail("'pack' or 'unpack'");
+    const token &word = in.next();
+    name        &function = word.text == "pack" ? row.pack : row.unpack;
+    if (!function.text.empty())
+        in.diag.conflict(word.where, "'" + word.text + "' stands here twice", function.where, "the first");
+    function = in.expect_identifier("the name of a function");
+    in.expect_semicolon("the function");
+}
+
+// peer = name "{" peer_function peer_function "}" [ ";" ] ;
 peer_row_def parse_peer(parser &in)
 {
     peer_row_def row;
     row.structure = in.expect_identifier("the name of a structure");
-    in.expect("{", "the structure");
-    in.expect_word("pack");
-    row.pack = in.expect_identifier("the name of a function");
-    in.expect_semicolon("the function");
-    in.expect_word("unpack");
-    row.unpack = in.expect_identifier("the name of a function");
-    in.expect_semicolon("the function");
-    in.expect("}", "the row");
+    const std::size_t errors = in.diag.count();
+    parse_block(in, "the structure", [&] { parse_peer_function(in, row); });
     in.accept(";");
+    if (in.diag.count() == errors && (row.pack.text.empty() || row.unpack.text.empty()))
+        in.diag.error(row.structure.where, "'" + row.structure.text + "' wants a pack and an unpack function");
     return row;
 }
 

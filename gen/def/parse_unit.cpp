@@ -158,8 +158,10 @@ record_def parse_record(parser &in)
     in.expect("{", "the name");
     while (!in.is("}") && !in.done() && !begins_definition(in))
         parse_statement(in, [&] { r.members.push_back(parse_member(in)); });
-    if (!in.accept("}"))
-        in.diag.error(in.peek().where, "expected '}' at the end of '" + r.id.text + "'");
+    if (!in.accept("}")) {
+        const place &where = in.done() ? in.tokens[in.at - 1].end : in.peek().where;
+        in.diag.error(where, "expected '}' at the end of '" + r.id.text + "'");
+    }
     in.accept(";");
     return r;
 }

@@ -146,7 +146,8 @@ bool parser::accept_word(std::string_view word)
 
 void parser::fail(std::string_view what)
 {
-    diag.error(peek().where, fmt::format("expected {}, found {}", what, spelled(peek())));
+    const place &where = done() && at > 0 ? tokens[at - 1].end : peek().where;
+    diag.error(where, fmt::format("expected {}, found {}", what, spelled(peek())));
     throw syntax_error{};
 }
 
@@ -207,6 +208,8 @@ void skip_statement(parser &in)
         if (t.text == "{") {
             ++depth;
         } else if (t.text == "}" && --depth == 0) {
+            if (in.is_identifier() && in.is(";", 1)) // the name behind the block of a typedef
+                in.next();
             in.accept(";");
             return;
         } else if (t.text == ";" && depth == 0) {

@@ -39,6 +39,8 @@ std::string_view role_name(role r)
 
 std::string type_name(const model &m, const type_use &use)
 {
+    if (use.base == kind::enumeration && m.enums[use.id].name.empty())
+        return "(anonymous)";
     const std::string_view basic = basic_name(use.base);
     return basic.empty() ? cpp_type(m, use) : std::string(basic);
 }
@@ -188,7 +190,7 @@ std::string print_types(const domain &d)
 std::string print(const model &m, const offsize_entry &entry)
 {
     switch (entry.kind) {
-    case offsize_entry::what::enum_size: return "size " + type_name(m, {kind::enumeration, entry.id});
+    case offsize_entry::what::enum_size: return "size " + cpp_type(m, {kind::enumeration, entry.id});
     case offsize_entry::what::record_size: return "size " + m.records[entry.id].name;
     case offsize_entry::what::member_offset:
         return fmt::format("offset {}.{}", m.records[entry.id].name, m.records[entry.id].members[entry.member].name);
@@ -276,17 +278,6 @@ std::string escaped(std::string_view text)
     return out;
 }
 
-std::string print_traces(const model &m)
-{
-    std::string out;
-    for (std::size_t n = 0; n < m.trace_modules.size(); ++n)
-        out += fmt::format("trace module {}: {}\n", n, m.trace_modules[n]);
-    for (const trace_item &item : m.traces)
-        out += fmt::format("trace {:#010x} {:#04x} {}:{} {}\n", item.id, item.status, item.file, item.line,
-                           escaped(item.format));
-    return out;
-}
-
 } // namespace
 
 std::string dump_unit(const model &m, const unit &u)
@@ -314,6 +305,28 @@ std::string dump_domain(const model &m, const domain &d)
     return out;
 }
 
+std::string dump_peers(const model &m)
+{
+    std::string out;
+    for (const peer_family &family : m.peer_families) {
+        out += fmt::format("family {}\n", family.name);
+        for (const peer_row &row : family.rows)
+            out += fmt::format("  {} {} {}\n", row.struct_name, row.pack, row.unpack);
+    }
+    return out;
+}
+
+std::string dump_traces(const model &m)
+{
+    std::string out;
+    for (std::size_t n = 0; n < m.trace_modules.size(); ++n)
+        out += fmt::format("trace module {}: {}\n", n, m.trace_modules[n]);
+    for (const trace_item &item : m.traces)
+        out += fmt::format("trace {:#010x} {:#04x} {}:{} {}\n", item.id, item.status, item.file, item.line,
+                           escaped(item.format));
+    return out;
+}
+
 std::string dump_model(const model &m)
 {
     std::string out = fmt::format("baseline {}\nversion {}\nvariables {}\nentities {}\n", m.baseline, m.version_text,
@@ -322,13 +335,7 @@ std::string dump_model(const model &m)
         out += "\n" + dump_unit(m, u);
     for (const domain &d : m.domains)
         out += "\n" + dump_domain(m, d);
-    out += "\n";
-    for (const peer_family &family : m.peer_families) {
-        out += fmt::format("family {}\n", family.name);
-        for (const peer_row &row : family.rows)
-            out += fmt::format("  {} {} {}\n", row.struct_name, row.pack, row.unpack);
-    }
-    return out + "\n" + print_traces(m);
+    return out + "\n" + dump_peers(m) + "\n" + dump_traces(m);
 }
 
 } // namespace solvane::gen

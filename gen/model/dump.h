@@ -16,4 +16,10 @@ std::string dump_unit(const model &m, const unit &u);
 /// The registry row and the tables of a domain.
 std::string dump_domain(const model &m, const domain &d);
 
+/// The families of the peer table.
+std::string dump_peers(const model &m);
+
+/// Trace modules and items.
+std::string dump_traces(const model &m);
+
 } // namespace solvane::gen
