@@ -1,9 +1,10 @@
 // solvane-gen: from a folder of definitions to the C++ sources of the plug-in's tables and records.
-#include <cstdio>
-#include <fstream>
+#include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -89,28 +90,30 @@ std::vector<std::string> dependencies(const std::string &root, const std::vector
     return paths;
 }
 
+std::optional<std::string> write_depfile(const options &o, const std::vector<input_file> &inputs,
+                                         const std::vector<output_file> &outputs)
+{
+    std::vector<std::string> targets = {o.depfile_target};
+    if (o.depfile_target.empty()) {
+        targets.clear();
+        for (const output_file &file : outputs)
+            targets.push_back((std::filesystem::path(o.out) / file.path).generic_string());
+    }
+    const std::filesystem::path path(o.depfile);
+    return write_outputs(path.parent_path(),
+                         {{path.filename().generic_string(), make_depfile(targets, dependencies(o.db, inputs))}});
+}
+
 int write_all(const options &o, const std::vector<input_file> &inputs, const std::vector<output_file> &outputs)
 {
     if (o.list_outputs) {
         std::cout << list_outputs(o.out, outputs);
         return exit_done;
     }
-    if (const std::optional<std::string> failed = write_outputs(o.out, outputs))
-        return fail(*failed);
-    if (o.depfile.empty())
-        return exit_done;
-    std::vector<std::string> targets;
-    if (o.depfile_target.empty())
-        for (const output_file &file : outputs)
-            targets.push_back((std::filesystem::path(o.out) / file.path).generic_string());
-    else
-        targets.push_back(o.depfile_target);
-    const std::filesystem::path path(o.depfile);
-    const std::string           name = path.filename().generic_string();
-    if (const std::optional<std::string> failed =
-            write_outputs(path.parent_path(), {{name, make_depfile(targets, dependencies(o.db, inputs))}}))
-        return fail(*failed);
-    return exit_done;
+    std::optional<std::string> failed = write_outputs(o.out, outputs);
+    if (!failed && !o.depfile.empty())
+        failed = write_depfile(o, inputs, outputs);
+    return failed ? fail(*failed) : exit_done;
 }
 
 int run(const options &o)

@@ -18,7 +18,7 @@ std::string print(const expression &e)
 {
     const auto operand = [&](std::size_t n) {
         const expression &o = e.operands[n];
-        return o.operands.empty() ? print(o) : "(" + print(o) + ")";
+        return o.operands.empty() ? print(o) : fmt::format("({})", print(o));
     };
     switch (e.kind) {
     case expression::what::number: return std::to_string(e.number);
@@ -38,7 +38,7 @@ std::string print(const declarator &d)
 {
     std::string out = std::string(d.pointers, '*') + d.id.text;
     for (const expression &size : d.arrays)
-        out += "[" + print(size) + "]";
+        out += fmt::format("[{}]", print(size));
     return out;
 }
 
@@ -47,9 +47,9 @@ std::string print(const attribute &a)
     constexpr std::array words = {"counted", "uncounted", "optional", "selected", "case", "hidden", "rt_selector"};
     std::string          out = words[static_cast<std::size_t>(a.kind)];
     if (a.target)
-        out += "(" + a.target->text + ")";
+        out += fmt::format("({})", a.target->text);
     if (a.value)
-        out += "(" + print(*a.value) + ")";
+        out += fmt::format("({})", print(*a.value));
     return out;
 }
 
@@ -59,7 +59,7 @@ std::string print(const member_def &m)
     if (m.width)
         out += " : " + print(*m.width);
     for (const attribute &a : m.attributes)
-        out += " " + print(a);
+        out += fmt::format(" {}", print(a));
     return out + ";";
 }
 
@@ -67,7 +67,7 @@ std::string print(const record_def &r)
 {
     std::string out = fmt::format("{} {} {{\n", r.is_union ? "union" : "struct", r.id.text);
     for (const member_def &m : r.members)
-        out += "    " + print(m) + "\n";
+        out += fmt::format("    {}\n", print(m));
     return out + "}\n";
 }
 
@@ -81,13 +81,13 @@ std::string print(const literal_def &l)
 std::string print(const enum_def &e)
 {
     if (e.from == enum_def::source::messages)
-        return "enum " + e.id.text + " from messages;\n";
+        return fmt::format("enum {} from messages;\n", e.id.text);
     if (e.from == enum_def::source::trace_modules)
-        return "enum " + e.id.text + " from trace_modules;\n";
-    std::string out = e.anonymous ? "typedef enum {\n" : "enum " + e.id.text + " {\n";
+        return fmt::format("enum {} from trace_modules;\n", e.id.text);
+    std::string out = e.anonymous ? "typedef enum {\n" : fmt::format("enum {} {{\n", e.id.text);
     for (const literal_def &l : e.literals)
-        out += "    " + print(l) + ",\n";
-    return out + (e.anonymous ? "} " + e.id.text + "\n" : "}\n");
+        out += fmt::format("    {},\n", print(l));
+    return out + (e.anonymous ? fmt::format("}} {}\n", e.id.text) : "}\n");
 }
 
 std::string print(const definition_def &definition)

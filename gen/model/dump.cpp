@@ -332,10 +332,10 @@ std::string dump_model(const model &m)
     std::string out = fmt::format("baseline {}\nversion {}\nvariables {}\nentities {}\n", m.baseline, m.version_text,
                                   m.variables_root, m.entities_enum);
     for (const unit &u : m.units)
-        out += "\n" + dump_unit(m, u);
+        out += fmt::format("\n{}", dump_unit(m, u));
     for (const domain &d : m.domains)
-        out += "\n" + dump_domain(m, d);
-    return out + "\n" + dump_peers(m) + "\n" + dump_traces(m);
+        out += fmt::format("\n{}", dump_domain(m, d));
+    return fmt::format("{}\n{}\n{}", out, dump_peers(m), dump_traces(m));
 }
 
 } // namespace solvane::gen

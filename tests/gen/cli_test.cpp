@@ -1,8 +1,9 @@
 // The tool as a build calls it: exit codes, what it prints where, what it writes and when.
-#include <cstdio>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <sys/wait.h>
 
 #include <gtest/gtest.h>

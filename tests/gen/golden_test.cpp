@@ -1,4 +1,5 @@
 // Definitions and the model they become, side by side: NN-subject-ok.def and NN-subject-ok.model.
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 

@@ -23,7 +23,7 @@ constexpr row rows[] = {
     {"comments", "a // b\nc /* d\n e */ f /**/ g",
      "1:1 identifier a\n2:1 identifier c\n3:7 identifier f\n3:14 identifier g\n3:15 end\n"},
     {"slash_alone", "a / b", "1:1 identifier a\n1:3 /\n1:5 identifier b\n1:6 end\n"},
-    {"text_with_escapes", R"("a \"b\" \\ \n // c")", "1:1 text \"a \\\"b\\\" \\\\ \\n // c\"\n1:22 end\n"},
+    {"text_with_escapes", R"("a \"b\" \\ \n // c")", "1:1 text \"a \\\"b\\\" \\\\ \\n // c\"\n1:21 end\n"},
     {"text_of_other_scripts", "\"\xC3\xA4\"", "1:1 text \"\xC3\xA4\"\n1:5 end\n"},
     {"carriage_returns_are_blanks", "a\r\nb\r\n", "1:1 identifier a\n2:1 identifier b\n3:1 end\n"},
     {"all_punctuation", "{}()[];,:=*+-/|.",
