@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ostream>
 #include <set>
 #include <span>
 #include <string>
@@ -78,6 +79,8 @@ struct indexed_domain {
     uint32_t (*dll_info_struct::*to_index)(uint16_t);
     uint32_t (*dll_info_struct::*to_code)(uint16_t);
 };
+
+void PrintTo(const indexed_domain &row, std::ostream *out) { *out << row.name; }
 
 class index : public testing::TestWithParam<indexed_domain> {};
 
