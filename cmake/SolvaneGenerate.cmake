@@ -73,6 +73,8 @@ function(solvane_generate)
 
     add_library(${arg_TARGET} OBJECT ${sources})
     target_link_libraries(${arg_TARGET} PUBLIC solvane_runtime_flags ${arg_TARGET}_headers)
+    # Tables and one switch: what -Os saves is the padding between texts.
+    target_compile_options(${arg_TARGET} PRIVATE $<$<CONFIG:Release>:-Os>)
     add_dependencies(${arg_TARGET} ${arg_TARGET}_run)
     set_property(GLOBAL APPEND PROPERTY SOLVANE_PARTS ${arg_TARGET})
 endfunction()
