@@ -62,6 +62,15 @@ inline const rw_struct_row *find_struct(const rw_debug_info_struct &d, std::stri
     return found ? &d.structs[t->type_index] : nullptr;
 }
 
+/// The enumeration that a type name stands for, or null.
+inline const rw_enum_row *find_enum(const rw_debug_info_struct &d, std::string_view name)
+{
+    const rw_type_row *t = find(types(d), name);
+    while (t != nullptr && t->kind == RW_KIND_TYPEDEF && t->no_dims == 0)
+        t = &d.types[t->type_index];
+    return t != nullptr && t->no_dims == 0 && t->kind == RW_KIND_ENUM ? &d.enums[t->type_index] : nullptr;
+}
+
 /// A test that runs once a domain.
 class each_domain : public testing::TestWithParam<std::uint32_t> {
 protected:

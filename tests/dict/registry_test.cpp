@@ -20,7 +20,7 @@ TEST_P(registry, names_are_enumerations_of_the_dictionary)
 {
     for (const char *name : {desc().file_code_enum, desc().sap_enum, desc().msg_enum, desc().module_enum,
                              desc().channels_enum, desc().error_actions_enum, desc().peer_msg_param_enum})
-        EXPECT_TRUE(*name == 0 || find(enums(tool()), name) != nullptr) << name;
+        EXPECT_TRUE(*name == 0 || find_enum(tool(), name) != nullptr) << name;
     EXPECT_NE(find_struct(tool(), desc().context_struct), nullptr) << desc().context_struct;
     EXPECT_STRNE(desc().file_code_enum, "");
     EXPECT_STRNE(desc().module_enum, "");
@@ -35,7 +35,7 @@ TEST_P(registry, only_the_stack_has_module_tables)
         for (std::uint32_t n = 0; n < list->count; ++n) {
             EXPECT_LT(list->rows[n].index, rows) << list->rows[n].name;
             EXPECT_LT(std::strlen(list->rows[n].name), std::size_t{TT_ENUM_NAME_SIZE}) << list->rows[n].name;
-            EXPECT_NE(find(enums(tool()), list->rows[n].name), nullptr) << list->rows[n].name;
+            EXPECT_NE(find_enum(tool(), list->rows[n].name), nullptr) << list->rows[n].name;
         }
     }
 }
@@ -59,8 +59,8 @@ TEST_P(registry, messages_lead_into_the_dictionary)
     EXPECT_EQ(table == nullptr, GetParam() == ENTITY_DEFAULT);
     if (table == nullptr)
         return;
-    const rw_enum_row *const codes = find(enums(tool()), desc().msg_enum);
-    const rw_enum_row *const saps = find(enums(tool()), desc().sap_enum);
+    const rw_enum_row *const codes = find_enum(tool(), desc().msg_enum);
+    const rw_enum_row *const saps = find_enum(tool(), desc().sap_enum);
     ASSERT_TRUE(codes && saps);
     EXPECT_EQ(codes->no_literals, table->count);
     std::set<std::uint32_t> seen;
