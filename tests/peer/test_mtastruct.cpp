@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "asn_report.h"
 #include "solvane/solvane.h"
 #include "tt_mtastruct.h"
+#include "tt_stack_build.h"
 
 namespace {
 
@@ -444,6 +446,57 @@ TEST(MtaProfile, TasksTooLongForTheirCount)
     EXPECT_EQ(packed(mta_tt_task_profiling_stats_pack, value).size(), 7u + 65540);
     EXPECT_EQ(error_text(), "..\\sdi\\test\\mta\\msg_codec\\src\\tt_mtastruct_req:"
                             "length of task_stats will not fit length field with width 16.\n");
+}
+
+// ------------------------------------------------------------------------------------------ peer rows
+
+TEST(MtaRows, FamilyOfTheAgent)
+{
+    struct row {
+        const char *name;
+        std::size_t size;
+    };
+    const row rows[] = {
+        {"mta_tt_offsize_resp_struct", sizeof(mta_tt_offsize_resp_struct)},
+        {"mta_string_struct", sizeof(mta_string_struct)},
+        {"mta_tt_fun_call_struct", sizeof(mta_tt_fun_call_struct)},
+        {"mta_tt_fun_call_resp_struct", sizeof(mta_tt_fun_call_resp_struct)},
+    };
+    const tt_peer_family &family = tt_peer_families[TT_PEER_TARGET_AGENT];
+    ASSERT_EQ(family.count, std::size(rows));
+    for (std::size_t i = 0; i < std::size(rows); i++) {
+        EXPECT_STREQ(family.rows[i].name, rows[i].name);
+        EXPECT_EQ(family.rows[i].size, rows[i].size);
+    }
+}
+
+// As a host calls them: through the row, with zeroed octets of the row's size.
+TEST(MtaRows, CalledThroughTheRow)
+{
+    const octets frames[] = {
+        octets{7, 2, 5, 1, 15, 0, 2, 0, 4, 0, 15} + bit_map_wire,
+        {3, 'a', 'b', 'c'},
+        {4, 2, 1, 2, 0, 1, 9},
+        {11, 0, 0, 1, 0xAA},
+    };
+    for (std::size_t i = 0; i < std::size(frames); i++) {
+        const tt_peer_row         &row = tt_peer_families[TT_PEER_TARGET_AGENT].rows[i];
+        std::vector<std::uint64_t> value(row.size); // more than is wanted, and aligned
+        received                   in(frames[i]);
+        row.unpack(value.data(), &in.cursor);
+
+        octets           frame(frames[i].size(), 0xFF);
+        pack_info_struct cursor = {frame.data(), 0};
+        row.pack(&cursor, value.data());
+        EXPECT_EQ(frame, frames[i]) << row.name;
+
+        if (i == 0)
+            mta_tt_offsize_resp_free(reinterpret_cast<mta_tt_offsize_resp_struct *>(value.data()));
+        if (i == 1)
+            mta_string_free(reinterpret_cast<mta_string_struct *>(value.data()));
+        if (i == 2)
+            mta_tt_fun_call_free(reinterpret_cast<mta_tt_fun_call_struct *>(value.data()));
+    }
 }
 
 } // namespace
