@@ -47,13 +47,15 @@ function(solvane_generate)
     cmake_path(ABSOLUTE_PATH arg_DB NORMALIZE)
 
     solvane_generated_files(${arg_DB} ${arg_OUTPUT} sources headers)
+    # The depfile knows the files of the last run; this list knows a new one.
+    file(GLOB inputs CONFIGURE_DEPENDS ${arg_DB}/*.def ${arg_DB}/*/*.def ${arg_DB}/*/*.val ${arg_DB}/*/*.tsv)
     set(stamp ${arg_OUTPUT}/${arg_TARGET}.stamp)
     add_custom_command(
         OUTPUT ${stamp}
         COMMAND solvane-gen --db ${arg_DB} --output ${arg_OUTPUT} --depfile ${stamp}.d --depfile-target ${stamp}
                 ${arg_OPTIONS}
         COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
-        DEPENDS solvane-gen
+        DEPENDS solvane-gen ${inputs}
         DEPFILE ${stamp}.d
         COMMENT "Generating the stack build of ${arg_DB}"
         VERBATIM)
