@@ -99,7 +99,7 @@ struct odd_struct {
     uint8              last;       /*   116     1 */
     /* hole of 3 octets at 117 */
 }; /* 120 octets, 18 members, 7 holes of 19 octets and 6 bits */
-)" : "/* stack, 88 octets */...", ""},
+)" : "/* stack, 84 octets */...", ""},
         {"union", {"type", "choice_union", "--expand"}, 0, R"(/* stack, 4 octets, also in gsm */
 union choice_union {
     struct pair_struct {       /*     0     2  case 1 */
@@ -351,7 +351,7 @@ TEST(classify, names_structures)
          "stack  sap 1  msg 2 MSG_ID_HELLO  no peer structure\n", "", script},
         {"peer sizes against the dictionary", {"peers"}, 1,
          std::string("    0       2  pair_struct                                   stack, gsm\n")
-         + (sizeof(void *) == 8 ? "    1     120" : "    1      88") +
+         + (sizeof(void *) == 8 ? "    1     120" : "    1      84") +
          "  odd_struct                                    stack, gsm\n"
          "    2       3  choice_union                                  stack, gsm\n"
          "    3       4  unknown_struct                                not in the dictionary\n",

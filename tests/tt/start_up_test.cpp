@@ -209,8 +209,9 @@ TEST_F(start_up, closes_each_value_table_with_an_end_row)
     for (std::uint32_t domain = 0; domain < TT_NO_DOMAINS; ++domain) {
         const tt_value_desc_table &table = *dll_info.value_desc_tables->tables[domain];
         ASSERT_GE(table.count, 1u);
-        if (documented[domain] != 0)
+        if (documented[domain] != 0) {
             EXPECT_EQ(table.count, documented[domain]) << domain;
+        }
         EXPECT_STREQ(table.rows[table.count - 1].name, "");
         EXPECT_EQ(table.rows[table.count - 1].record, nullptr);
     }
@@ -261,8 +262,12 @@ TEST(exports, the_peer_table_stands_behind_the_interface_record)
 
 TEST(exports_death, an_allocation_that_fails_ends_the_process)
 {
-    EXPECT_DEATH(dll_info_version.alloc(SIZE_MAX / 2, 1, 2, 3), "Assertion failed: ret_ptr != 0, file tt_fp_init, line 33");
-    EXPECT_DEATH(dll_info_version.realloc(nullptr, SIZE_MAX / 2, 0, 1, 2, 3),
+#if defined __SANITIZE_ADDRESS__ || defined __SANITIZE_THREAD__
+    GTEST_SKIP() << "the sanitizer's heap ends the process itself at a size that cannot be had";
+#endif
+    const std::size_t too_much = SIZE_MAX - 64;
+    EXPECT_DEATH(dll_info_version.alloc(too_much, 1, 2, 3), "Assertion failed: ret_ptr != 0, file tt_fp_init, line 33");
+    EXPECT_DEATH(dll_info_version.realloc(nullptr, too_much, 0, 1, 2, 3),
                  "Assertion failed: ret_ptr != 0, file tt_fp_init, line 42");
     dll_info_version.free(nullptr, 1, 2, 3);
 }
