@@ -64,7 +64,7 @@ struct conversion_source {
         if (below(2) == 0)
             text += std::to_string(1 + below(below(8) == 0 ? 140 : 20));
         if (below(3) == 0)
-            text += "." + (below(4) == 0 ? std::string() : std::to_string(below(below(8) == 0 ? 120 : 15)));
+            text.append(1, '.').append(below(4) == 0 ? "" : std::to_string(below(below(8) == 0 ? 120 : 15)));
         constexpr const char *lengths[] = {"", "", "", "h", "hh", "l"};
         text += lengths[below(6)];
         return text + "diouxXcCp"[below(9)];
