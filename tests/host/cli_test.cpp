@@ -423,6 +423,28 @@ TEST(decode, follows_pointers_counts_and_lists)
     });
 }
 
+TEST(check, finds_what_is_wrong_in_the_tables)
+{
+    check({
+        {"all of it", {"check"}, 1, R"(stack loop_t: broken dictionary of domain stack: the typedefs behind loop_t never end
+stack MSG_ID_LOST: lost_struct is no structure
+gsm loop_t: broken dictionary of domain gsm: the typedefs behind loop_t never end
+peer pair_struct: lacks a codec
+peer odd_struct: lacks a codec
+peer choice_union: lacks a codec
+peer choice_union: takes 3 octets, in domain stack 4
+peer choice_union: takes 3 octets, in domain gsm 4
+peer unknown_struct: lacks a codec
+peer unknown_struct: is in no dictionary
+2 described fields, 12 enumerations, 56 members, 4 messages, 4 peer structures, 12 structures, 8 trace statements, 20 types: 10 faults
+)"},
+        {"a domain", {"check", "--domain", "gsm", "--json"}, 1,
+         R"({"schema":"solvane.fault/1","where":"gsm loop_t","fault":"broken dictionary of domain gsm: the typedefs behind loop_t never end"}
+{"schema":"solvane.check/1","enumerations":6,"members":28,"messages":1,"structures":6,"types":10,"faults":1}
+)"},
+    });
+}
+
 TEST(command_line, ends_as_agreed)
 {
     check({

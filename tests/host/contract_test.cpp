@@ -248,7 +248,14 @@ TEST(features, answer_without_regard_to_case)
     EXPECT_EQ(asks(nullptr), 0);
 }
 
-/* The tool walks every structure, enumeration and message of every domain; a broken index ends it. */
+/* Every structure laid out, every reference, message, index, text, trace id and peer size followed. */
+TEST(tool, finds_no_fault_in_the_tables)
+{
+    const auto result = run_tool({"--lib", SOLVANE_PLUGIN, "check"});
+    EXPECT_EQ(result.code, 0) << result.out << result.err;
+    EXPECT_NE(result.out.find(": no fault\n"), std::string::npos) << result.out;
+}
+
 TEST(tool, walks_the_whole_dictionary)
 {
     for (const char *command : {"types", "messages", "domains", "statements", "info", "peers"}) {

@@ -98,6 +98,7 @@ command classify_command();
 command decode_command();
 command peers_command();
 command convert_command();
+command check_command();
 command completion_command();
 command man_command();
 
