@@ -112,7 +112,8 @@ void check_structs(checker &on, const domain &in)
 {
     for (const auto &row : in.structs()) {
         on.attempt(place(in, row.name), [&] { lay_out(in, row); });
-        on.demand(row.kind == RW_KIND_STRUCT || row.kind == RW_KIND_UNION, place(in, row.name), "is neither struct nor union");
+        on.demand(row.kind == RW_KIND_STRUCT || row.kind == RW_KIND_UNION, place(in, row.name),
+                  "is neither struct nor union");
         for (std::uint32_t i = 0; i < row.no_members; ++i) {
             check_reference(on, in, row, row.members[i]);
         }
@@ -132,7 +133,8 @@ void check_types(checker &on, const domain &in)
     }
     for (std::uint32_t i = 0; i < in.types->no_enums; ++i) {
         const rw_enum_row &row = in.types->enums[i];
-        on.demand(row.ordinal == (i & 0xFFFFU), place(in, row.name), fmt::format("has ordinal {} in row {}", row.ordinal, i));
+        on.demand(row.ordinal == (i & 0xFFFFU), place(in, row.name),
+                  fmt::format("has ordinal {} in row {}", row.ordinal, i));
     }
     for (std::uint32_t i = 0; i < in.types->no_rt_rules; ++i) {
         const rw_rt_rule_row &rule = in.types->rt_rules[i];
@@ -149,7 +151,9 @@ void check_enum_name(checker &on, const domain &in, const char *what, const char
     if (name == nullptr) {
         on.fault(where, "is null");
     } else if (*name != '\0') {
-        on.attempt(where, [&] { on.demand(find_enum(in, name) != nullptr, where, fmt::format("{} is no enumeration", name)); });
+        on.attempt(where, [&] {
+            on.demand(find_enum(in, name) != nullptr, where, fmt::format("{} is no enumeration", name));
+        });
     }
 }
 
@@ -159,8 +163,12 @@ void check_registry(checker &on, const domain &in)
     const struct {
         const char *what;
         const char *name;
-    } enums[] = {{"file codes", row.file_code_enum}, {"saps", row.sap_enum}, {"messages", row.msg_enum},
-                 {"modules", row.module_enum}, {"channels", row.channels_enum}, {"error actions", row.error_actions_enum},
+    } enums[] = {{"file codes", row.file_code_enum},
+                 {"saps", row.sap_enum},
+                 {"messages", row.msg_enum},
+                 {"modules", row.module_enum},
+                 {"channels", row.channels_enum},
+                 {"error actions", row.error_actions_enum},
                  {"peer parameters", row.peer_msg_param_enum}};
     for (const auto &each : enums) {
         check_enum_name(on, in, each.what, each.name);
@@ -196,7 +204,8 @@ void check_messages(checker &on, const plugin &loaded, const domain &in)
         const auto index = (signal ? info.signal_msg_code_to_index : info.lte_msg_code_to_index)(code);
         const auto back = (signal ? info.signal_msg_index_to_code : info.lte_msg_index_to_code)(
             static_cast<std::uint16_t>(index));
-        on.demand(index != 0 && back == row.msg_code, where, fmt::format("dense index {} leads to code {:#x}", index, back));
+        on.demand(index != 0 && back == row.msg_code, where,
+                  fmt::format("dense index {} leads to code {:#x}", index, back));
     }
     on.looked_at("messages", in.messages().size());
 }
@@ -210,14 +219,17 @@ void check_texts(checker &on, const plugin &loaded, const domain &in)
         return;
     }
     const tt_value_desc_table &table = *tables->tables[number];
-    on.demand(table.count > 0 && table.rows[table.count - 1].record == nullptr, place(in, "value texts"), "no end row");
+    on.demand(table.count > 0 && table.rows[table.count - 1].record == nullptr, place(in, "value texts"),
+              "no end row");
     for (std::uint32_t i = 0; i < table.count; ++i) {
         const tt_value_desc_row &row = table.rows[i];
         if (row.record == nullptr) {
             continue;
         }
-        on.demand(find_type(in, row.name).has_value(), place(in, row.name), "has value texts and is in no dictionary");
-        on.demand(loaded.info->db_struct_known(in.number, row.name) == 1, place(in, row.name), "has texts that no query finds");
+        on.demand(find_type(in, row.name).has_value(), place(in, row.name),
+                  "has value texts and is in no dictionary");
+        on.demand(loaded.info->db_struct_known(in.number, row.name) == 1, place(in, row.name),
+                  "has texts that no query finds");
         on.looked_at("described fields", row.record->no_fields);
     }
 }
@@ -260,7 +272,8 @@ void check_peers(checker &on, const plugin &loaded, std::span<const domain> all)
             known = known || use;
             on.attempt(where, [&] {
                 const std::uint64_t size = use ? size_of(in, resolve(in, *use)) : row.size;
-                on.demand(size == row.size, where, fmt::format("takes {} octets, in domain {} {}", row.size, in.name, size));
+                on.demand(size == row.size, where,
+                          fmt::format("takes {} octets, in domain {} {}", row.size, in.name, size));
             });
         }
         on.demand(known, where, "is in no dictionary");

@@ -45,10 +45,10 @@ std::string number_and_name(std::uint32_t number, const std::string &name)
 std::string line_of(session &work, const domain &in, const layer_message &message, const verdict &found)
 {
     const tt_peer_row *row = peer_row(work.started(), found.name);
-    std::string        out = work.paint(ink::module, in.name) + "  sap " +
-                      number_and_name(message.sap_id, literal_text(in, &tt_entity_info::sap_enum, message.sap_id)) +
-                      "  msg " +
-                      number_and_name(message.msg_id, literal_text(in, &tt_entity_info::msg_enum, message.msg_id)) + "  ";
+    std::string        out =
+        work.paint(ink::module, in.name) + "  sap " +
+        number_and_name(message.sap_id, literal_text(in, &tt_entity_info::sap_enum, message.sap_id)) + "  msg " +
+        number_and_name(message.msg_id, literal_text(in, &tt_entity_info::msg_enum, message.msg_id)) + "  ";
     if (found.name.empty()) {
         return out + work.paint(ink::note, "no peer structure");
     }
@@ -161,7 +161,8 @@ command classify_command()
         "The receiving entity is the domain: stack unless --domain or --entity says otherwise; recordings do not tell\n"
         "it.  UMTS radio resource messages need their local parameters too.  Exit code 1 when no structure applies.",
         {{"classify --sap MM_CC_SAP --msg 27 --peer 0305", "a call control message to the network"},
-         {"classify --sap 126 --msg 3 --peer 10 --local 00000800002200000000", "a UMTS message: the channel is a parameter"},
+         {"classify --sap 126 --msg 3 --peer 10 --local 000008000022000000000000",
+          "a UMTS message: the channel is a parameter"},
          {"classify run.pcapng", "every inter-layer message of a recording"}},
         {{"FILE", "a recording, - for standard input", &options->file, false, completes::file}},
         {{"--entity", "D", "receiving entity, as --domain", &options->entity, {}, completes::domain_name},

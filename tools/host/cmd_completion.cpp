@@ -78,7 +78,8 @@ std::string bash_script(const std::vector<command> &commands, const std::vector<
     for (const auto &each : commands) {
         const bool files = !each.arguments.empty() && each.arguments[0].by == completes::file;
         names += (names.empty() ? "" : " ") + each.name;
-        cases += fmt::format("        {}) words=\"{}\"; files={} ;;\n", each.name, words_of(each.options), files ? 1 : 0);
+        cases +=
+            fmt::format("        {}) words=\"{}\"; files={} ;;\n", each.name, words_of(each.options), files ? 1 : 0);
     }
     return fmt::format(R"(# bash completion of {0}; put it into a file that your ~/.bashrc sources
 _solvane_host()

@@ -96,7 +96,8 @@ void show(session &work, const subject &about, const found_type &described, cons
     const value_node  value = read_value(work.started(), *described.in, described.use, memory, memory::live);
     const std::string remarks = remarks_on(about, found);
     if (!work.settings.json) {
-        work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) + " " +
+        work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) +
+                  " " +
                   work.paint(ink::note, fmt::format("/* {}, {} */", described.in->name,
                                                     counted(about.message.size(), "octet"))) +
                   (remarks.empty() ? "" : "  " + work.paint(ink::bad, remarks)));
@@ -173,7 +174,8 @@ bool decode_packet(session &work, const packet &what, std::uint8_t entity, const
 
 int run_recording(session &work, const decode_options &options)
 {
-    const auto entity = static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
+    const auto entity =
+        static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
     const auto source = open_recording(options.read, [&work]() -> const plugin & { return work.started(); });
     time_format times(options.times);
     bool        died = false;

@@ -87,8 +87,9 @@ json describe_modules(const domain &each)
 
 void print_summary(session &work)
 {
-    work.line(work.paint(ink::name, fmt::format("{:>2} {:<15}{:>8}{:>8}{:>8}{:>11}{:>9}  {}", "", "domain", "structs",
-                                                "types", "enums", "bit-fields", "messages", "messages are named by")));
+    work.line(
+        work.paint(ink::name, fmt::format("{:>2} {:<15}{:>8}{:>8}{:>8}{:>11}{:>9}  {}", "", "domain", "structs",
+                                          "types", "enums", "bit-fields", "messages", "messages are named by")));
     for (const auto &each : work.domains()) {
         work.line(fmt::format("{:>2} ", each.number) + work.paint.padded(ink::module, each.name, 15) +
                   fmt::format("{:>8}{:>8}{:>8}{:>11}{:>9}  {}", each.types->no_structs, each.types->no_types,

@@ -24,7 +24,8 @@ bool fits(const rw_literal_row &literal, const std::string &wanted)
 {
     const auto value = parse_word(wanted);
     return wanted.empty() || wanted == literal.name ||
-           (value && literal.value.valstat == RW_VS_VALID_VAL && literal.value.num == static_cast<std::int32_t>(*value));
+           (value && literal.value.valstat == RW_VS_VALID_VAL &&
+            literal.value.num == static_cast<std::int32_t>(*value));
 }
 
 void show(session &work, const domain &in, const std::string &name, const rw_enum_row &row,

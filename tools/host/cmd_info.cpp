@@ -13,9 +13,9 @@ namespace solvane::host {
 namespace {
 
 /* The capabilities that a host may ask a build for. */
-constexpr std::array<const char *, 10> feature_tags = {"CTC Gen",   "CTC Gen II", "Gprs Scheme",      "offsize index 32",
-                                                       "W Entity",  "TRACE ID",   "W base SDI",       "TRACE ID Integer",
-                                                       "DB Item Ext Info", "DB Item Full Info"};
+constexpr std::array<const char *, 10> feature_tags = {
+    "CTC Gen",  "CTC Gen II", "Gprs Scheme",      "offsize index 32", "W Entity",
+    "TRACE ID", "W base SDI", "TRACE ID Integer", "DB Item Ext Info", "DB Item Full Info"};
 
 struct info_options {
     bool        no_init = false;
@@ -33,15 +33,17 @@ void check_baselines(session &work, const std::string &expected)
     const auto        all = domains_of(work.started());
     const std::string first = baseline_of(all);
     for (const auto &each : all) {
-        for (const char *text : {static_cast<const char *>(each.row->uuid), static_cast<const char *>(each.types->uuid)}) {
+        for (const char *text :
+             {static_cast<const char *>(each.row->uuid), static_cast<const char *>(each.types->uuid)}) {
             if (text == nullptr || first != text) {
-                work.finding(fmt::format("domain {} is of baseline {}, {} of {}", each.name, text != nullptr ? text : "(none)",
-                                         all[0].name, first));
+                work.finding(fmt::format("domain {} is of baseline {}, {} of {}", each.name,
+                                         text != nullptr ? text : "(none)", all[0].name, first));
             }
         }
     }
     if (!expected.empty() && expected != first) {
-        throw failure(exit_mismatch, fmt::format("{} is of baseline {}, expected was {}", work.started().path, first, expected));
+        throw failure(exit_mismatch,
+                      fmt::format("{} is of baseline {}, expected was {}", work.started().path, first, expected));
     }
 }
 
@@ -107,7 +109,8 @@ void print_info(session &work, const json &all)
         work.line(work.paint.padded(ink::name, label, 18) + text);
     }
     const auto features = all.find("features");
-    for (auto it = features != all.end() ? features->begin() : json::const_iterator(); features != all.end() && it != features->end(); ++it) {
+    for (auto it = features != all.end() ? features->begin() : json::const_iterator();
+         features != all.end() && it != features->end(); ++it) {
         work.line(work.paint.padded(ink::name, "feature", 18) + fmt::format("{:<18}", it.key()) +
                   (it.value().get<bool>() ? "yes" : work.paint(ink::bad, "no")));
     }

@@ -69,8 +69,8 @@ void check_index(session &work, const found_message &found)
 {
     const auto index = index_of(work.started(), found);
     if (index && (index->number == 0 || index->back != found.row->msg_code)) {
-        work.finding(fmt::format("{}: its dense index {} leads back to code {:#x}", text_or_empty(found.row->msg_name),
-                                 index->number, index->back));
+        work.finding(fmt::format("{}: its dense index {} leads back to code {:#x}",
+                                 text_or_empty(found.row->msg_name), index->number, index->back));
     } else if (index && !work.settings.json) {
         work.line(work.paint(ink::note, fmt::format("/* dense index {} */", index->number)));
     }

@@ -58,7 +58,8 @@ void print_enum(session &work, const rw_enum_row &row)
         work.line("    " + work.paint(ink::name, row.literals[i].name) + " = " +
                   work.paint(ink::number, literal_text(row.literals[i])) + ",");
     }
-    work.line(work.paint(ink::type, "}; ") + work.paint(ink::note, "/* " + counted(row.no_literals, "literal") + " */"));
+    work.line(work.paint(ink::type, "}; ") +
+              work.paint(ink::note, "/* " + counted(row.no_literals, "literal") + " */"));
 }
 
 std::string headline(const std::vector<found_type> &found, const resolved_type &type, std::uint64_t size)
@@ -126,7 +127,8 @@ command type_command()
     return {
         "type",
         "a type laid out member by member",
-        "Behind each member stand its offset and size in octets, for a bit-field its place (octet.highest-lowest bit,\n"
+        "Behind each member stand its offset and size in octets, for a bit-field its place (octet.highest-lowest "
+        "bit,\n"
         "bit 7 being the most significant one, parts from the most significant on), and how it depends on others.\n"
         "Holes are octets and bits that no member takes.  A type of several domains is shown from the first of them.",
         {{"type mta_bit_map_struct", "offsets, sizes, array extents and holes"},

@@ -124,15 +124,17 @@ void show(session &work, const domain &in, const value_options &options, std::ui
     text += found.words.empty() ? "" : (text.empty() ? "" : "  ") + work.paint(ink::text, found.words);
     text = text.empty() ? "no words" : text;
     text += found.comment.empty() ? "" : "  " + work.paint(ink::note, found.comment);
-    work.line(work.paint(ink::module, in.name) + " " + options.structure + "." + work.paint(ink::name, options.field) +
-              " = " + work.paint(ink::number, std::to_string(value)) + "  " + text);
+    work.line(work.paint(ink::module, in.name) + " " + options.structure + "." +
+              work.paint(ink::name, options.field) + " = " + work.paint(ink::number, std::to_string(value)) + "  " +
+              text);
 }
 
 int run(session &work, const value_options &options)
 {
     const auto value = parse_word(options.value);
     if (!value || (options.selector && *options.selector > 0xFFFFFFFFU)) {
-        throw failure(exit_usage, fmt::format("{} is no 32-bit number", value ? std::to_string(*options.selector) : options.value));
+        throw failure(exit_usage, fmt::format("{} is no 32-bit number",
+                                              value ? std::to_string(*options.selector) : options.value));
     }
     const auto known = domains_with(work, options.structure);
     if (known.empty()) {

@@ -205,7 +205,8 @@ std::string help_text(const command &of, const std::vector<option_spec> &common)
 
 std::string overview_text(const std::vector<command> &commands, const std::vector<option_spec> &common)
 {
-    std::string out = fmt::format("{}: reads a modem stack's debug information out of its plug-in\n\nExamples:\n", tool_name);
+    std::string out =
+        fmt::format("{}: reads a modem stack's debug information out of its plug-in\n\nExamples:\n", tool_name);
     for (const auto &each : commands) {
         if (!each.examples.empty()) {
             out += fmt::format("  {} {}\n", tool_name, each.examples.front().line);
@@ -216,7 +217,8 @@ std::string overview_text(const std::vector<command> &commands, const std::vecto
         out += fmt::format("  {:<14}{}\n", each.name, each.summary);
     }
     out += option_block("Common options", common);
-    out += "  -h, --help                help, also behind a command\n  -V, --version             the tool's version\n";
+    out +=
+        "  -h, --help                help, also behind a command\n  -V, --version             the tool's version\n";
     return out + "\nExit codes: 0 done, 1 done with findings, 2 usage, 3 cannot load or open,\n"
                  "4 interface or baseline mismatch, 6 the decoder died in isolation\n";
 }

@@ -81,7 +81,8 @@ std::vector<domain> domains_of(const plugin &loaded)
     for (std::uint32_t i = 0; i < rows; ++i) {
         const tt_entity_info &row = loaded.info->entity_info[i];
         if (row.valid == 1) {
-            all.push_back({static_cast<std::int32_t>(i), domain_names[i], &row, &loaded.info->tool_offsize->records[i]});
+            all.push_back(
+                {static_cast<std::int32_t>(i), domain_names[i], &row, &loaded.info->tool_offsize->records[i]});
         }
     }
     return all;

@@ -73,10 +73,12 @@ std::vector<std::uint8_t> coverage(const domain &in, const laid_record &record)
             broken_member(in, *record.row, member.row->name, "reaches beyond its structure");
         }
         for (const auto &part : member.parts) {
-            covered[static_cast<std::size_t>(part.octet)] |= static_cast<std::uint8_t>((2U << part.high) - (1U << part.low));
+            covered[static_cast<std::size_t>(part.octet)] |=
+                static_cast<std::uint8_t>((2U << part.high) - (1U << part.low));
         }
         if (!member.is_bit_field()) {
-            std::fill_n(covered.begin() + static_cast<std::ptrdiff_t>(member.offset), member.size, std::uint8_t{0xFF});
+            std::fill_n(covered.begin() + static_cast<std::ptrdiff_t>(member.offset), member.size,
+                        std::uint8_t{0xFF});
         }
     }
     return covered;

@@ -17,8 +17,9 @@ namespace {
         }
     }
     const bool one = work.domains().size() == 1;
-    throw failure(exit_findings, fmt::format("no type {}{}{}", name,
-                                             one ? fmt::format(" in domain {}", work.domains()[0].name) : "", near.text()));
+    throw failure(exit_findings,
+                  fmt::format("no type {}{}{}", name, one ? fmt::format(" in domain {}", work.domains()[0].name) : "",
+                              near.text()));
 }
 
 const rw_enum_row *enum_of(const domain &in, const char *tt_entity_info::*field)

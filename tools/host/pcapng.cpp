@@ -185,7 +185,8 @@ bool pcapng_reader::read_block(raw_block &into)
     return true;
 }
 
-std::optional<std::string_view> pcapng_reader::option(const raw_block &block, std::size_t at, std::uint16_t code) const
+std::optional<std::string_view> pcapng_reader::option(const raw_block &block, std::size_t at,
+                                                      std::uint16_t code) const
 {
     const std::string_view body = block.body;
     while (at + 4 <= body.size()) {

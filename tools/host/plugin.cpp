@@ -54,7 +54,8 @@ void *open_library(const std::string &path)
     void *handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         const char *reason = ::dlerror();
-        throw failure(exit_cannot_open, fmt::format("cannot load the plug-in: {}", reason != nullptr ? reason : path));
+        throw failure(exit_cannot_open,
+                      fmt::format("cannot load the plug-in: {}", reason != nullptr ? reason : path));
     }
     return handle;
 }
@@ -74,8 +75,8 @@ void check_interface(const plugin &loaded)
     const char *text = version.version_text != nullptr ? version.version_text : "";
     if (version.version_number != interface_number || std::strcmp(text, interface_text) != 0) {
         throw failure(exit_mismatch,
-                      fmt::format("{} offers interface \"{}\" number {}; this tool knows \"{}\" number {}", loaded.path,
-                                  text, version.version_number, interface_text, interface_number));
+                      fmt::format("{} offers interface \"{}\" number {}; this tool knows \"{}\" number {}",
+                                  loaded.path, text, version.version_number, interface_text, interface_number));
     }
 }
 

@@ -37,7 +37,10 @@ private:
     void holes_before(const laid_record &owner, std::size_t &next, std::uint64_t until, std::uint64_t base,
                       std::size_t indent);
     std::string notes(const laid_record &owner, const laid_member &what) const;
-    void remark(std::size_t indent, std::string text) { lines_.push_back({indent, "", "", "", std::move(text), true}); }
+    void        remark(std::size_t indent, std::string text)
+    {
+        lines_.push_back({indent, "", "", "", std::move(text), true});
+    }
 
     const plugin            &loaded_;
     const domain            &in_;
@@ -145,7 +148,7 @@ void layout_lines::print(session &to) const
 
 std::string totals_of(const laid_record &record)
 {
-    std::string   out = fmt::format("{}, {}", counted(record.size, "octet"), counted(record.members.size(), "member"));
+    std::string out = fmt::format("{}, {}", counted(record.size, "octet"), counted(record.members.size(), "member"));
     std::uint64_t octets = 0;
     std::uint64_t bits = 0;
     for (const auto &each : record.holes) {

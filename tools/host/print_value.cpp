@@ -27,7 +27,8 @@ std::string pointer_text(const painter &paint, const value_node &node)
     if (node.number == 0) {
         return paint(ink::note, "null");
     }
-    return node.children.empty() ? paint(ink::number, fmt::format("{:#x}", static_cast<std::uint64_t>(node.number))) : "";
+    return node.children.empty() ? paint(ink::number, fmt::format("{:#x}", static_cast<std::uint64_t>(node.number)))
+                                 : "";
 }
 
 std::string value_text(const painter &paint, const value_node &node)

@@ -86,7 +86,8 @@ public:
         }
         const auto body = length <= largest_sent ? from_.take(length) : std::string_view();
         if (head.size() < sizeof length || body.size() < length) {
-            throw failure(exit_findings, fmt::format("{}: offset {}: the file ends inside a packet", from_.name(), at));
+            throw failure(exit_findings,
+                          fmt::format("{}: offset {}: the file ends inside a packet", from_.name(), at));
         }
         packet out;
         out.number = ++count_;
@@ -110,7 +111,8 @@ bool looks_like_logel(std::string_view head)
         return false;
     }
     std::memcpy(&length, head.data(), sizeof length);
-    return length > 0 && length <= largest_sent && (head.size() == look_ahead || length + sizeof length <= head.size());
+    return length > 0 && length <= largest_sent &&
+           (head.size() == look_ahead || length + sizeof length <= head.size());
 }
 
 } // namespace

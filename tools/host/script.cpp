@@ -141,8 +141,9 @@ std::uint32_t trace_id_of(const token &word, const plugin_provider &names)
     }
     const tsc_db_info_struct &db = *names().info->tsc_db_get();
     const std::string         head = word.text.substr(0, split);
-    return word.text[split] == '+' ? module_named(db, head, word.column).start_trace_id + static_cast<std::uint32_t>(*number)
-                                   : id_at_source(db, head, *number, word.column);
+    return word.text[split] == '+'
+               ? module_named(db, head, word.column).start_trace_id + static_cast<std::uint32_t>(*number)
+               : id_at_source(db, head, *number, word.column);
 }
 
 octets string_trace_of(const std::vector<token> &tokens, std::size_t from, const plugin_provider &names)
@@ -183,7 +184,8 @@ std::uint32_t number_or_literal(const token &word, const std::string &value, std
         for (const auto &in : chosen_domains(names(), "stack")) {
             const rw_enum_row *row = find_enum(in, in.row->*enumeration);
             for (std::uint32_t i = 0; row != nullptr && i < row->no_literals; ++i) {
-                number = value == row->literals[i].name ? static_cast<std::uint64_t>(row->literals[i].value.num) : number;
+                number =
+                    value == row->literals[i].name ? static_cast<std::uint64_t>(row->literals[i].value.num) : number;
             }
         }
     }
@@ -217,7 +219,8 @@ octets layer_message_of(const std::vector<token> &tokens, std::size_t from, cons
             const token hex = {value, tokens[i].column + key.size() + 1, false};
             (key == "peer" ? message.peer : message.local_params) = hex_of({hex}, 0);
         } else {
-            throw bad_line{tokens[i].column, fmt::format("{}: src, dest, sap, msg, frame, local and peer are known", key)};
+            throw bad_line{tokens[i].column,
+                           fmt::format("{}: src, dest, sap, msg, frame, local and peer are known", key)};
         }
     }
     return make_layer_message(message);
@@ -242,7 +245,8 @@ void fill(packet &out, const std::vector<token> &tokens, std::size_t at, const p
         out.kind = packet_kind::integers;
         out.content = hex_of(tokens, at + 1);
     } else {
-        throw bad_line{tokens[at].column, fmt::format("{}: trace, words, message, packet and integers are known", kind)};
+        throw bad_line{tokens[at].column,
+                       fmt::format("{}: trace, words, message, packet and integers are known", kind)};
     }
 }
 
@@ -267,7 +271,8 @@ packet packet_of(const std::vector<token> &tokens, std::int64_t start, const plu
         out.time = before ? start - *time : start + *time;
     }
     if (tokens.size() < 3 || (tokens[1].text != "in" && tokens[1].text != "out" && tokens[1].text != "-")) {
-        throw bad_line{tokens.size() < 2 ? 1 : tokens[1].column, "behind the time comes in, out or -, then what it is"};
+        throw bad_line{tokens.size() < 2 ? 1 : tokens[1].column,
+                       "behind the time comes in, out or -, then what it is"};
     }
     out.way = tokens[1].text == "in" ? direction::in : tokens[1].text == "out" ? direction::out : direction::unknown;
     fill(out, tokens, 2, names);

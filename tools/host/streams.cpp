@@ -132,7 +132,8 @@ bool wants_colour(const std::string &choice, bool terminal)
     }
     const char *refused = std::getenv("NO_COLOR");
     const char *kind = std::getenv("TERM");
-    return terminal && (refused == nullptr || *refused == '\0') && (kind == nullptr || std::strcmp(kind, "dumb") != 0);
+    return terminal && (refused == nullptr || *refused == '\0') &&
+           (kind == nullptr || std::strcmp(kind, "dumb") != 0);
 }
 
 } // namespace solvane::host

@@ -69,7 +69,8 @@ std::optional<std::int64_t> parse_absolute_time(std::string_view text)
         }
         numbers[i] = *number;
     }
-    const auto fraction = parse_seconds(fmt::format("0{}", text.substr(shape.size(), text.size() - shape.size() - 1)));
+    const auto fraction =
+        parse_seconds(fmt::format("0{}", text.substr(shape.size(), text.size() - shape.size() - 1)));
     if (!fraction || *fraction >= second || numbers[1] - 1 > 11 || numbers[2] - 1 > 30 || numbers[3] > 23 ||
         numbers[4] > 59 || numbers[5] > 60) {
         return std::nullopt;
@@ -81,7 +82,8 @@ std::optional<std::int64_t> parse_absolute_time(std::string_view text)
 std::string seconds(std::int64_t nanoseconds, unsigned digits)
 {
     const bool  negative = nanoseconds < 0;
-    const auto  value = negative ? 0 - static_cast<std::uint64_t>(nanoseconds) : static_cast<std::uint64_t>(nanoseconds);
+    const auto  value =
+        negative ? 0 - static_cast<std::uint64_t>(nanoseconds) : static_cast<std::uint64_t>(nanoseconds);
     std::string out = fmt::format("{}{}.{:09}", negative ? "-" : "", value / second, value % second);
     out.resize(out.size() - 9 + digits);
     return out;

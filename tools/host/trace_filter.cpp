@@ -106,9 +106,12 @@ trace_filter::trace_filter(const trace_filter_words &words, const plugin &loaded
     check_modules(words.not_modules, *loaded.info->tsc_db_get());
 }
 
-bool trace_filter::passes(std::uint32_t id, std::string_view module, std::string_view file, std::string_view text) const
+bool trace_filter::passes(std::uint32_t id, std::string_view module, std::string_view file,
+                          std::string_view text) const
 {
-    const auto name_is = [](std::string_view name) { return [name](const std::string &p) { return name_fits(name, p); }; };
+    const auto name_is = [](std::string_view name) {
+        return [name](const std::string &p) { return name_fits(name, p); };
+    };
     const auto in_range = [id](const id_range &r) { return r.first <= id && id <= r.last; };
     const auto found_by = [text](const std::regex &re) { return std::regex_search(text.begin(), text.end(), re); };
     return selects(parts_->ids, parts_->not_ids, in_range) &&
