@@ -55,10 +55,11 @@ char *copy_baseline()
 
 void fill_row(tt_entity_info &row, const tt_domain_desc &desc)
 {
+    char *const uuid = row.uuid != nullptr ? row.uuid : copy_baseline(); // a second run keeps the text of the first
     row = {}; // with the table pointers, which all rows but that of ENTITY_STACK leave null
     row.valid = 1;
     row.version_text = tt_version_text;
-    row.uuid = copy_baseline();
+    row.uuid = uuid;
     row.file_code_enum = desc.file_code_enum;
     row.sap_enum = desc.sap_enum;
     row.msg_enum = desc.msg_enum;
