@@ -423,20 +423,67 @@ TEST(decode, follows_pointers_counts_and_lists)
     });
 }
 
+TEST(encode, writes_every_kind_of_member)
+{
+    check({
+        {"what decode printed", {"encode", "pair_struct", R"({"one":{"value":1,"text":"first"},"two":2})"}, 0, "0102\n", ""},
+        {"members left out are 0", {"encode", "pair_struct", R"({"two":"0x7f"})"}, 0, "007f\n", ""},
+        {"counts, flags, selectors and links follow",
+         {"encode", "odd_struct", R"({"choice":{"word":7},"pd":9,"wide":515,"colour":"GREEN","extra":5,"data":"a1b2c3",)"
+                                  R"("links":[null,{"two":8}],"bits":{"bitLen":3,"bits":"a0"},)"
+                                  R"("pairs":[{"two":11},{"two":12}]})"},
+         0, "03a1b2c3" "02" "07" "09" "03" "01" "01" "05" "08" "03" "0b0c" "\n", ""},
+        {"for programs", {"encode", "--json", "pair_struct", "-"}, 0,
+         R"({"schema":"solvane.encoded/1","domain":{"value":1,"text":"stack"},"struct":"pair_struct","message":"0304","bits":16})"
+         "\n", "", R"({"schema":"solvane.decoded/1","struct":"pair_struct","value":{"one":3,"two":4}})"},
+        {"a value of another structure", {"encode", "pair_struct", R"({"schema":"x","struct":"odd_struct","value":{}})"}, 2,
+         "", "solvane-host: the value is a odd_struct, not a pair_struct\n"},
+        {"no such member", {"encode", "pair_struct", R"({"twoo":4})"}, 2, "",
+         "solvane-host: twoo: pair_struct has no such member; did you mean two?\n"},
+        {"too wide", {"encode", "odd_struct", R"({"pd":16})"}, 2, "", "solvane-host: pd: 16 does not fit in 4 bits\n"},
+        {"a count that lies", {"encode", "odd_struct", R"({"no_data":2,"data":"a1"})"}, 2, "",
+         "solvane-host: data: no_data says 2, here it is 1\n"},
+        {"no such case", {"encode", "odd_struct", R"({"choice":{"wird":1}})"}, 2, "",
+         "solvane-host: choice.wird: choice_union has no such case; did you mean word?\n"},
+        {"deep inside", {"encode", "odd_struct", R"({"pairs":[{"two":1},{"two":"x"}]})"}, 2, "",
+         "solvane-host: pairs[1].two: x is no number\n"},
+        {"no literal", {"encode", "odd_struct", R"({"colour":"GREENN"})"}, 2, "",
+         "solvane-host: colour: GREENN is no number; did you mean GREEN?\n"},
+        {"too many elements", {"encode", "odd_struct", R"({"grid":[[1],[2],[3]]})"}, 2, "",
+         "solvane-host: grid: an array of at most 2 elements is wanted\n"},
+        {"no JSON", {"encode", "pair_struct", "{"}, 2, "", "solvane-host: octet 2 of the value: this is no JSON\n"},
+        {"no codec", {"encode", "pair_strct", "{}"}, 1, "",
+         "solvane-host: no codec for pair_strct; did you mean pair_struct?\n"},
+    });
+}
+
+TEST(roundtrip, tells_where_octets_change)
+{
+    check({
+        {"the same", {"roundtrip", "pair_struct", "0102"}, 0, "pair_struct  same, 16 bits\n", ""},
+        {"an octet that is not understood", {"roundtrip", "pair_struct", "-"}, 1,
+         "pair_struct\ndiffers from octet 2, bit 7 on\n  given  010203\n  again  0102\n", "", "01 02 03"},
+        {"for programs", {"roundtrip", "odd_struct", "a1b2", "--json"}, 1,
+         R"({"schema":"solvane.roundtrip/1","struct":"odd_struct","message":"a1b2",)"
+         R"("again":"02a1b20207000000010900090b0c","same":false,"first_difference_bit":0})"
+         "\n", ""},
+        {"not survived", {"roundtrip", "pair_struct", "ee00", "--isolate"}, 6, "",
+         "solvane-host: the library died on a pair_struct: ee00\n"},
+    });
+}
+
 TEST(check, finds_what_is_wrong_in_the_tables)
 {
     check({
         {"all of it", {"check"}, 1, R"(stack loop_t: broken dictionary of domain stack: the typedefs behind loop_t never end
 stack MSG_ID_LOST: lost_struct is no structure
 gsm loop_t: broken dictionary of domain gsm: the typedefs behind loop_t never end
-peer pair_struct: lacks a codec
-peer odd_struct: lacks a codec
 peer choice_union: lacks a codec
 peer choice_union: takes 3 octets, in domain stack 4
 peer choice_union: takes 3 octets, in domain gsm 4
 peer unknown_struct: lacks a codec
 peer unknown_struct: is in no dictionary
-2 described fields, 12 enumerations, 56 members, 4 messages, 4 peer structures, 12 structures, 8 trace statements, 20 types: 10 faults
+2 described fields, 12 enumerations, 56 members, 4 messages, 4 peer structures, 12 structures, 8 trace statements, 20 types: 8 faults
 )"},
         {"a domain", {"check", "--domain", "gsm", "--json"}, 1,
          R"({"schema":"solvane.fault/1","where":"gsm loop_t","fault":"broken dictionary of domain gsm: the typedefs behind loop_t never end"}

@@ -478,6 +478,39 @@ void unpack_pair(void *value, unpack_info_struct *cursor)
     cursor->bits += 16;
 }
 
+void pack_pair(pack_info_struct *cursor, const void *value)
+{
+    std::memcpy(cursor->frame, value, 2);
+    cursor->frame += 2;
+    cursor->bits += 16;
+}
+
+/* Two octets of the counted data and the numbers of the list, so that a value's pointers are seen to have arrived. */
+void pack_odd(pack_info_struct *cursor, const void *value)
+{
+    const auto &odd = *static_cast<const odd_struct *>(value);
+    const auto  put = [cursor](unsigned octet) {
+        *cursor->frame++ = static_cast<std::uint8_t>(octet);
+        cursor->bits += 8;
+    };
+    put(odd.no_data);
+    for (unsigned i = 0; i < odd.no_data; ++i) {
+        put(odd.data[i]);
+    }
+    put(odd.kind);
+    put(odd.choice.word);
+    put(odd.pd);
+    put(odd.wide);
+    put(static_cast<unsigned>(odd.colour));
+    put(odd.extraP);
+    put(odd.extra);
+    put(odd.links[1] != nullptr ? odd.links[1]->two : 0U);
+    put(odd.bits.bitLen);
+    for (const AsnListNode *node = odd.pairs.first; node != nullptr; node = node->next) {
+        put(static_cast<const pair_struct *>(node->data)->two);
+    }
+}
+
 /* Whatever the octets: a value with pointers of every kind. */
 void unpack_odd(void *value, unpack_info_struct *cursor)
 {
@@ -503,8 +536,8 @@ void unpack_odd(void *value, unpack_info_struct *cursor)
     cursor->bits += 16;
 }
 
-tt_peer_row peer_rows[] = {{"pair_struct", sizeof(pair_struct), nullptr, unpack_pair, 0},
-                           {"odd_struct", sizeof(odd_struct), nullptr, unpack_odd, 0},
+tt_peer_row peer_rows[] = {{"pair_struct", sizeof(pair_struct), pack_pair, unpack_pair, 0},
+                           {"odd_struct", sizeof(odd_struct), pack_odd, unpack_odd, 0},
                            {"choice_union", 3, nullptr, nullptr, 0},
                            {"unknown_struct", 4, nullptr, nullptr, 0}};
 

@@ -10,7 +10,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
 #include "failure.h"
+#include "text.h"
 
 namespace solvane::host {
 
@@ -101,6 +104,31 @@ bool byte_source::line(std::string &into)
     into.assign(buffer_, used_, length);
     take(length + (ended ? 1 : 0));
     return true;
+}
+
+std::string whole(byte_source from)
+{
+    std::string out;
+    while (true) {
+        const auto block = from.take(65536);
+        if (block.empty()) {
+            return out;
+        }
+        out += block;
+    }
+}
+
+std::vector<std::uint8_t> hex_words(const std::vector<std::string> &words, const char *what)
+{
+    std::string text;
+    for (const auto &word : words) {
+        text += word == "-" ? whole(byte_source::open("-")) : word + " ";
+    }
+    hex_result read = parse_hex(text);
+    if (read.bad_column != 0) {
+        throw failure(exit_usage, fmt::format("column {} of {}: {}", read.bad_column, what, read.complaint));
+    }
+    return std::move(read.value);
 }
 
 } // namespace solvane::host

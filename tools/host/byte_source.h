@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace solvane::host {
 
@@ -39,5 +40,12 @@ private:
     std::size_t   used_ = 0;
     std::uint64_t offset_ = 0;
 };
+
+/// All that a source has left.
+std::string whole(byte_source from);
+
+/// Octets given as words of hex digits, "-" standing for hex digits on standard input.  Throws `failure` (exit_usage)
+/// that calls the octets `what` ("the message").
+std::vector<std::uint8_t> hex_words(const std::vector<std::string> &words, const char *what);
 
 } // namespace solvane::host

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include "byte_source.h"
 #include "command.h"
 #include "failure.h"
 #include "json_out.h"
@@ -28,42 +29,6 @@ struct subject {
     const packet      *from = nullptr; ///< of a recording, or null
     const tt_peer_row *row = nullptr;
 };
-
-octets hex_of(const std::vector<std::string> &words)
-{
-    std::string text;
-    for (const auto &word : words) {
-        text += word + " ";
-    }
-    hex_result read = parse_hex(text);
-    if (read.bad_column != 0) {
-        throw failure(exit_usage, fmt::format("column {} of the message: {}", read.bad_column, read.complaint));
-    }
-    return std::move(read.value);
-}
-
-const tt_peer_row &row_named(session &work, const std::string &name)
-{
-    if (const tt_peer_row *row = peer_row(work.started(), name)) {
-        return *row;
-    }
-    suggestions near(name);
-    for (std::uint32_t i = 0; i < work.started().peers->count; ++i) {
-        near.offer(work.started().peers->rows[i].name);
-    }
-    throw failure(exit_findings, fmt::format("no codec for {}{}", name, near.text()));
-}
-
-/* The first domain whose dictionary describes the structure. */
-std::optional<found_type> description(session &work, const std::string &name)
-{
-    for (const auto &in : work.domains()) {
-        if (const auto use = find_type(in, name)) {
-            return found_type{&in, *use};
-        }
-    }
-    return std::nullopt;
-}
 
 const char *error_word(const PerError &error)
 {
@@ -124,7 +89,7 @@ void show(session &work, const subject &about, const found_type &described, cons
 /* False when the library died on it. */
 bool decode(session &work, const subject &about, bool isolate, time_format &times)
 {
-    const auto described = description(work, about.name);
+    const auto described = describing_type(work, about.name);
     if (!described) {
         work.finding(fmt::format("{} is in no dictionary", about.name));
         return true;
@@ -197,7 +162,7 @@ int run(session &work, const decode_options &options)
         throw failure(exit_usage, "give a structure and its octets, or -r and a recording");
     }
     time_format   times("none");
-    const subject about = {options.name, hex_of(options.words), nullptr, &row_named(work, options.name)};
+    const subject about = {options.name, hex_words(options.words, "the message"), nullptr, &find_peer_row(work, options.name)};
     return decode(work, about, options.isolate, times) ? work.result() : exit_decoder_died;
 }
 
@@ -216,7 +181,7 @@ command decode_command()
          {"decode -r run.pcapng", "all messages of a recording"},
          {"decode -r run.pcapng --json --isolate", "for programs, each message tried in a child process first"}},
         {{"STRUCT", "a structure of the peer table", &options->name, false},
-         {"HEX", "octets of the message", &options->words, false}},
+         {"HEX", "octets of the message, or - for hex on standard input", &options->words, false}},
         {{"-r,--read", "FILE", "decode the messages of a recording", &options->read, {}, completes::file},
          {"-t,--time", "FORMAT", "relative, delta, absolute, epoch or none", &options->times},
          {"--isolate", "", "try every message in a child process first", &options->isolate}},

@@ -18,27 +18,6 @@ struct record_options {
     std::string              file;
 };
 
-octets from_text(std::string_view text)
-{
-    hex_result read = parse_hex(text);
-    if (read.bad_column != 0) {
-        throw failure(exit_usage, fmt::format("column {} of the image: {}", read.bad_column, read.complaint));
-    }
-    return std::move(read.value);
-}
-
-std::string whole(byte_source from)
-{
-    std::string out;
-    while (true) {
-        const auto block = from.take(65536);
-        if (block.empty()) {
-            return out;
-        }
-        out += block;
-    }
-}
-
 /* -r reads octets as they are; the words of the command line, or standard input for "-", are hex. */
 octets image_of(const record_options &options)
 {
@@ -46,14 +25,10 @@ octets image_of(const record_options &options)
         const std::string raw = whole(byte_source::open(options.file));
         return {raw.begin(), raw.end()};
     }
-    std::string text;
-    for (const auto &word : options.words) {
-        text += word == "-" ? whole(byte_source::open("-")) : word + " ";
-    }
     if (options.words.empty()) {
         throw failure(exit_usage, "no image: give hex octets, - for hex on standard input, or -r FILE");
     }
-    return from_text(text);
+    return hex_words(options.words, "the image");
 }
 
 int run(session &work, const record_options &options)

@@ -156,8 +156,8 @@ std::vector<command> all_commands()
 {
     return {info_command(),     domains_command(), types_command(), type_command(),   enum_command(),
             messages_command(), message_command(), value_command(), record_command(), statements_command(),
-            trace_command(),    peers_command(),   classify_command(), decode_command(), convert_command(),
-            check_command(),    completion_command(), man_command()};
+            trace_command(),    peers_command(),   classify_command(), decode_command(), encode_command(),
+            roundtrip_command(), convert_command(), check_command(), completion_command(), man_command()};
 }
 
 request parse_command_line(int argc, char **argv, std::vector<command> &commands, std::vector<option_spec> &common)

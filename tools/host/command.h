@@ -96,6 +96,8 @@ command trace_command();
 command statements_command();
 command classify_command();
 command decode_command();
+command encode_command();
+command roundtrip_command();
 command peers_command();
 command convert_command();
 command check_command();

@@ -44,6 +44,29 @@ std::vector<found_type> find_in_domains(session &work, const std::string &name)
     return found;
 }
 
+const tt_peer_row &find_peer_row(session &work, const std::string &name)
+{
+    const tt_peer_table_struct &table = *work.started().peers;
+    suggestions                 near(name);
+    for (std::uint32_t i = 0; i < table.count; ++i) {
+        if (name == table.rows[i].name) {
+            return table.rows[i];
+        }
+        near.offer(table.rows[i].name);
+    }
+    throw failure(exit_findings, fmt::format("no codec for {}{}", name, near.text()));
+}
+
+std::optional<found_type> describing_type(session &work, const std::string &name)
+{
+    for (const auto &in : work.domains()) {
+        if (const auto use = find_type(in, name)) {
+            return found_type{&in, *use};
+        }
+    }
+    return std::nullopt;
+}
+
 std::uint32_t number_or_literal(const domain &in, const char *tt_entity_info::*field, const std::string &text,
                                 std::uint32_t limit)
 {

@@ -10,8 +10,9 @@ namespace solvane::host {
 
 namespace {
 
-/* The classifier reads up to byte 3 of the peer buffer whatever its length, and codecs read ahead of theirs. */
-constexpr std::size_t room_behind = 64;
+/* The classifier reads up to byte 3 of the peer buffer whatever its length, and codecs read on past the end of theirs:
+ * the zeros there decode to the smallest value of each type, so no message wants more than this. */
+constexpr std::size_t room_behind = 4096;
 
 std::string name_of(const plugin &loaded, const tt_msg_struct &record)
 {
@@ -115,6 +116,24 @@ decoded_message decode_peer(const tt_peer_row &row, const octets &message, bool 
     if (!out.died) {
         decode();
     }
+    return out;
+}
+
+encoded_message encode_peer(const tt_peer_row &row, std::span<std::uint8_t> value, std::size_t room, bool isolate)
+{
+    encoded_message out;
+    out.message.resize(room);
+    const auto encode = [&] {
+        pack_info_struct cursor = {out.message.data(), 0};
+        row.pack(&cursor, value.data());
+        out.bits = cursor.bits;
+        return std::string();
+    };
+    out.died = isolate && !in_isolation(encode);
+    if (!out.died) {
+        encode();
+    }
+    out.message.resize((out.bits + 7U) / 8U);
     return out;
 }
 

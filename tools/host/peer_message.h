@@ -43,9 +43,24 @@ struct decoded_message {
     {
         return {reinterpret_cast<const std::uint8_t *>(value.data()), row.size};
     }
+    std::span<std::uint8_t> memory(const tt_peer_row &row)
+    {
+        return {reinterpret_cast<std::uint8_t *>(value.data()), row.size};
+    }
 };
 
 /// Decodes octets of the air interface.  With `isolate` a child process tries it first.
 decoded_message decode_peer(const tt_peer_row &row, const octets &message, bool isolate);
+
+/// A structure as octets of the air interface, the last one filled up with zero bits.
+struct encoded_message {
+    octets      message;
+    std::size_t bits = 0;
+    bool        died = false;
+};
+
+/// Encodes the structure in `value`, which is aligned and may be changed by the codec (values out of range are put
+/// right).  `room` is the number of octets that the codec may write.  With `isolate` a child process tries it first.
+encoded_message encode_peer(const tt_peer_row &row, std::span<std::uint8_t> value, std::size_t room, bool isolate);
 
 } // namespace solvane::host
