@@ -5,6 +5,7 @@
 #include "failure.h"
 #include "recording.h"
 #include "text.h"
+#include "upper_pdu.h"
 
 namespace solvane::host {
 namespace {
@@ -168,6 +169,40 @@ TEST(recording, finds_out_what_it_is)
     EXPECT_EQ(first(""), "none");
     EXPECT_THROW(first(bytes("00000000 01")), failure);
     EXPECT_THROW(first(bytes("ffffff7f 00")), failure);
+}
+
+TEST(upper_pdu, names_the_dissector_ahead_of_the_octets)
+{
+    const octets message = {0x05, 0x08};
+    EXPECT_EQ(to_hex(upper_pdu("nas-eps", message)), "000c0008" "6e61732d65707300" "00000000" "0508");
+
+    trace_line line;
+    line.module = "a_module_with_a_long_name";
+    line.file = "mm_cs.c";
+    line.line = 258;
+    line.text = "LU\n";
+    EXPECT_EQ(to_hex(log_record(line, 3'000'002'000)),
+              "000e000c" "67736d7461702e7479706500" "00200004" "00000010" "00000000"
+              "00000003" "00000002" "74617267657400000000000000000000" "00000000" "01" "000000"
+              "615f6d6f64756c655f776974685f6100" "6d6d5f63732e6300000000000000000000000000000000000000000000000000"
+              "00000102" "4c55");
+}
+
+TEST(upper_pdu, finds_the_dissector_of_a_structure)
+{
+    const struct {
+        const char *structure, *dissector;
+    } rows[] = {
+        {"Lte_DL_DCCH_Message", "lte_rrc.dl_dcch"},  {"DL_DCCH_Message", "rrc.dl.dcch"},
+        {"Nr_UL_CCCH1_Message", "nr-rrc.ul.ccch1"},  {"mm_peer_lu_req_struct", "gsm_a_dtap"},
+        {"gmm_peer_rau_req_struct", "gsm_a_dtap"},   {"activate_pdp_context_req_struct", "gsm_a_dtap"},
+        {"emm_peer_tau_req_struct", "nas-eps"},      {"activate_default_eps_bearer_context_acc_struct", "nas-eps"},
+        {"rr_peer_sysinfo_type3_struct", "gsm_a_ccch"}, {"rr_peer_sysinfo_type5_struct", "gsm_a_sacch"},
+        {"rr_peer_handover_cmd_struct", "gsm_a_dtap"},  {"mta_string_struct", ""},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(dissector_of(row.structure), row.dissector) << row.structure;
+    }
 }
 
 } // namespace

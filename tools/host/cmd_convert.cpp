@@ -2,10 +2,13 @@
 
 #include "command.h"
 #include "failure.h"
+#include "peer_message.h"
 #include "recording.h"
 #include "script.h"
 #include "session.h"
 #include "times.h"
+#include "trace_line.h"
+#include "upper_pdu.h"
 
 namespace solvane::host {
 
@@ -18,6 +21,7 @@ struct convert_options {
     std::string                  read;
     std::string                  write;
     std::optional<std::uint64_t> count;
+    bool                         decoded = false;
 };
 
 /* The baseline stands in the section header, so that a reader years later knows which plug-in to take. */
@@ -49,9 +53,30 @@ private:
     std::int64_t start_ = 0;
 };
 
+/* A trace as a log record, a message whose structure has a dissector as that dissector's; other packets have none. */
+std::optional<octets> decoded_record(session &work, const packet &what)
+{
+    if (const auto line = decode_trace(work.started(), what)) {
+        return line->known ? std::optional(log_record(*line, what.time)) : std::nullopt;
+    }
+    std::string complaint;
+    const auto  message = carries_message(what)
+                              ? parse_layer_message(std::span(what.content).subspan(1), complaint)
+                              : std::nullopt;
+    if (!message) {
+        return std::nullopt;
+    }
+    const auto entity = static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
+    const auto dissector = dissector_of(classify(work.started(), *message, entity).name);
+    return dissector.empty() ? std::nullopt : std::optional(upper_pdu(dissector, message->peer));
+}
+
 int run(session &work, const convert_options &options)
 {
     const std::string path = !options.read.empty() ? options.read : options.file.empty() ? "-" : options.file;
+    if (options.decoded && options.write.empty()) {
+        throw failure(exit_usage, "--decoded goes with -w: a script holds packets only");
+    }
     const auto        source = open_recording(path, [&work]() -> const plugin & { return work.started(); });
     script_output     script(work);
     std::optional<recording_writer> capture;
@@ -69,6 +94,9 @@ int run(session &work, const convert_options &options)
             work.finding(fmt::format("packet {}: {}", next->number, next->complaint));
         } else if (capture) {
             done += capture->write(*next) ? 1 : 0;
+            if (const auto record = options.decoded ? decoded_record(work, *next) : std::nullopt) {
+                capture->write_decoded(*next, *record);
+            }
             work.out.end_record();
         } else if (next->kind != packet_kind::other) {
             script.write(*next);
@@ -89,11 +117,13 @@ command convert_command()
         "Without -w the recording is written as a text script, which reads and diffs well and can be converted back.\n"
         "A script names traces as MODULE+n or file:line; docs/recordings.md tells the rest.",
         {{"convert run.txt -w run.pcapng", "makes a recording of a script"},
+         {"convert run.pcapng --decoded -w shown.pcapng", "adds traces and messages for Wireshark's dissectors"},
          {"convert run.pcapng", "shows a recording as a script"},
          {"convert mssim_05_14_03_59_007.logel", "what a host sent"}},
         {{"FILE", "the recording, - for standard input", &options->file, false, completes::file}},
         {{"-r,--read", "FILE", "the same as FILE", &options->read, {}, completes::file},
          {"-w,--write", "FILE", "write pcapng there; - is standard output", &options->write, {}, completes::file},
+         {"--decoded", "", "also write traces and messages as records that Wireshark dissects", &options->decoded},
          {"-c,--count", "COUNT", "end after so many packets", &options->count}},
         [options](session &work) { return run(work, *options); },
     };

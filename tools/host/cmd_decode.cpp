@@ -162,7 +162,8 @@ int run(session &work, const decode_options &options)
         throw failure(exit_usage, "give a structure and its octets, or -r and a recording");
     }
     time_format   times("none");
-    const subject about = {options.name, hex_words(options.words, "the message"), nullptr, &find_peer_row(work, options.name)};
+    const subject about = {options.name, hex_words(options.words, "the message"), nullptr,
+                           &find_peer_row(work, options.name)};
     return decode(work, about, options.isolate, times) ? work.result() : exit_decoder_died;
 }
 

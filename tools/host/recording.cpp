@@ -17,6 +17,7 @@ constexpr std::uint16_t link_decoded = 252;
 constexpr std::uint16_t link_integers = 148;
 
 constexpr std::uint32_t interface_agent = 0;
+constexpr std::uint32_t interface_decoded = 1;
 constexpr std::uint32_t interface_integers = 2;
 
 constexpr std::size_t   look_ahead = 4096;
@@ -154,6 +155,11 @@ bool recording_writer::write(const packet &what)
     const bool integers = what.kind == packet_kind::integers;
     writer_.packet(integers ? interface_integers : interface_agent, what.time.value_or(0), what.way, what.content);
     return true;
+}
+
+void recording_writer::write_decoded(const packet &of, const octets &record)
+{
+    writer_.packet(interface_decoded, of.time.value_or(0), of.way, record);
 }
 
 } // namespace solvane::host

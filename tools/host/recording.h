@@ -45,12 +45,14 @@ using plugin_provider = std::function<const plugin &()>;
 std::unique_ptr<packet_source> open_recording(const std::string &path, plugin_provider names);
 std::unique_ptr<packet_source> read_recording(byte_source from, plugin_provider names);
 
-/// Writes packets as pcapng: interface 0 agent packets, 1 kept for what was decoded, 2 integer traces.
+/// Writes packets as pcapng: interface 0 agent packets, 1 what was decoded, 2 integer traces.
 class recording_writer {
 public:
     recording_writer(pcapng_writer::sink to, const std::string &tool, const std::string &baseline);
     /// Packets of other kinds are left out: false.
     bool write(const packet &what);
+    /// What was made of a packet, as a record of `upper_pdu.h`.
+    void write_decoded(const packet &of, const octets &record);
 
 private:
     pcapng_writer writer_;
