@@ -573,7 +573,9 @@ SOLVANE_ILP32_SIZE(comm_info_struct, 32);
 
 /* Services that the library reaches memory and formatted printing through.  Complete at load time; the host
  * may put its own routines in before it calls init_dll.  The trailing arguments of the memory slots are an
- * allocation tag (flag, source-file code, line) for a host that tracks leaks; the default slots ignore it. */
+ * allocation tag (flag, source-file code, line) for a host that tracks leaks; the default slots ignore it.  The six
+ * memory slots belong together, the defaults keep a heap of their own: replace all of them or none, and release
+ * what one of them gave through `free` alone. */
 typedef struct dll_info_version_struct {
     const char *version_text;   /* "1.0" */
     uint32_t    version_number; /* 1 */

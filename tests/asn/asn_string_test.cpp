@@ -300,6 +300,7 @@ TEST(AsnString, PassesTheTagAndMakesNoBlockForAnEmptyString)
         calls = {static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(old_size), flag, file_code, line};
         return std::realloc(block, size);
     };
+    dll_info_version.free_tagged = [](void *block, std::uint8_t, std::uint16_t, std::uint32_t) { std::free(block); };
     const std::uint8_t empty[] = {0}, three[] = {3, 1, 2, 3};
     unpack_string(8, empty, 0, 1, {0, 0, 0});
     EXPECT_EQ(calls, (std::vector<std::uint32_t>{}));
