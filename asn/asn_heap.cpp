@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "asn_block.h"
 #include "asn_report.h"
 #include "solvane/solvane.h"
 
@@ -32,10 +33,15 @@ void set_pointer_at(void *array, void *block)
 
 } // namespace
 
+void *asn_alloc_by_slot(std::size_t size, const asn_tag &tag)
+{
+    void *const block = dll_info_version.alloc_clear(size, tag.flag, tag.file_code, tag.line);
+    return block ? dll_info_version.memset_clear(block, 0, size) : out_of_memory(size);
+}
+
 void *AsnMemAlloc(std::size_t size, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
-    void *const block = dll_info_version.alloc_clear(size, flag, file_code, line);
-    return block ? dll_info_version.memset_clear(block, 0, size) : out_of_memory(size);
+    return asn_alloc(asn_alloc_is_default(), size, {flag, file_code, line});
 }
 
 void *AsnMemRealloc(void *block, std::size_t new_size, std::size_t old_size, std::uint8_t flag,
@@ -51,7 +57,7 @@ void *AsnMemRealloc(void *block, std::size_t new_size, std::size_t old_size, std
 
 void AsnMemFree(void *block, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
-    dll_info_version.free_tagged(block, flag, file_code, line);
+    asn_free(asn_free_is_default(), block, {flag, file_code, line});
 }
 
 std::int32_t AsnGrowArray(void *array, std::uint32_t *capacity, std::uint32_t needed, std::uint32_t element_size,

@@ -9,7 +9,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "asn_types.h"
+#include "asn_values.h"
 #include "solvane/solvane.h"
 
 enum : std::uint32_t {

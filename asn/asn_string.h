@@ -14,7 +14,7 @@
 
 #include <cstdint>
 
-#include "asn_types.h"
+#include "asn_values.h"
 #include "solvane/solvane.h"
 
 enum : std::uint32_t { ASN_NO_SIZE = 0, ASN_LOWER_SIZE = 1, ASN_BOTH_SIZES = 2 };
