@@ -430,6 +430,23 @@ void check_variables(scope &s, const checked_folder &folder)
     find_in_domain(s, units, first.out.name, baseline.entities.front(), wanted::enumeration);
 }
 
+namespace {
+
+/// A row without functions has those of the structure's wire format.
+void name_functions(scope &s, peer_row_def &row)
+{
+    const record_def &r = *s.records[row.record_id];
+    if (!r.wire) {
+        s.diag.conflict(row.structure.where, fmt::format("'{}' has no wire format: name its functions",
+                                                         row.structure.text), r.id.where, "it is defined here");
+        return;
+    }
+    row.pack.text = wire_function(r.id.text, "pack");
+    row.unpack.text = wire_function(r.id.text, "unpack");
+}
+
+} // namespace
+
 void check_peers(scope &s, const checked_folder &folder)
 {
     if (!s.folder.peers)
@@ -446,8 +463,11 @@ void check_peers(scope &s, const checked_folder &folder)
         for (peer_row_def &row : family.rows) {
             rows(row.structure, "structure");
             const type_symbol *symbol = find_in_domain(s, units, "any domain", row.structure, wanted::structure);
-            if (symbol != nullptr)
-                row.record_id = look_through(s, symbol->use).use.id;
+            if (symbol == nullptr)
+                continue;
+            row.record_id = look_through(s, symbol->use).use.id;
+            if (row.pack.text.empty())
+                name_functions(s, row);
         }
     }
 }

@@ -9,24 +9,12 @@
 
 #include <fmt/format.h>
 
+#include "def/parse_members.h"
+
 namespace solvane::gen::def {
 namespace {
 
 using what = attribute::what;
-
-std::string_view spelled(what kind)
-{
-    switch (kind) {
-    case what::counted: return "counted";
-    case what::uncounted: return "uncounted";
-    case what::optional: return "optional";
-    case what::selected: return "selected";
-    case what::case_: return "case";
-    case what::hidden: return "hidden";
-    case what::rt_selector: return "rt_selector";
-    }
-    return {};
-}
 
 /// The members of one structure or union.
 struct member_check {
@@ -103,8 +91,17 @@ bool member_check::goes_with(const attribute &a, const member_def &m) const
         error(a, "'case' goes with a member of a union");
         return false;
     }
-    if ((a.kind == what::counted || a.kind == what::uncounted) && !is_pointer(m)) {
+    const bool wire_array = record.wire && a.kind == what::counted && !m.decl.dims.empty();
+    if ((a.kind == what::counted || a.kind == what::uncounted) && !is_pointer(m) && !wire_array) {
         error(a, fmt::format("'{}' goes with a pointer", spelled(a.kind)));
+        return false;
+    }
+    if (a.kind >= what::bits && !record.wire && !(record.is_union && a.kind == what::bits)) {
+        error(a, fmt::format("'{}' goes with a member of an element or message", spelled(a.kind)));
+        return false;
+    }
+    if (a.kind == what::optional && record.wire) {
+        error(a, "on the wire a flag or a line tells what is optional");
         return false;
     }
     if (m.hidden && a.kind != what::hidden) {
@@ -121,7 +118,8 @@ void member_check::counted(const attribute &a, std::uint32_t self)
         return;
     if (!is_unknown(at(count)) && !is_integer(at(count)))
         s.diag.error(a.target->where, fmt::format("'{}' is no integer and cannot count", a.target->text));
-    record.members[self].counted_by = count;
+    if (is_pointer(at(self))) // the dictionary counts pointers alone
+        record.members[self].counted_by = count;
 }
 
 void member_check::optional(const attribute &a, std::uint32_t self)
@@ -185,13 +183,22 @@ void member_check::apply(const attribute &a, std::uint32_t self)
             error(a, "'rt_selector' does not go with a bit-field");
         break;
     case what::uncounted:
-    case what::hidden: break;
+    case what::hidden:
+    case what::bits: // of a wire format
+    case what::minus:
+    case what::peek:
+    case what::lh:
+    case what::off_wire:
+    case what::length:
+    case what::to_end:
+    case what::chained:
+    case what::bcd: break;
     }
 }
 
 void member_check::check_pairs(const member_def &m) const
 {
-    std::array<const attribute *, 7> seen{};
+    std::array<const attribute *, no_attributes> seen{};
     for (const attribute &a : m.attributes) {
         const attribute *&first = seen[static_cast<std::size_t>(a.kind)];
         if (first != nullptr)

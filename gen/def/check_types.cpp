@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "def/check_members.h"
+#include "def/check_wire.h"
 
 namespace solvane::gen::def {
 namespace {
@@ -256,6 +257,8 @@ void check_definition::check_member(member_def &m, const record_def &record) con
 
 void check_definition::operator()(record_def &r) const
 {
+    if (r.wire)
+        expand_wire(r);
     if (r.members.empty())
         s.diag.error(r.id.where, fmt::format("'{}' has no members", r.id.text));
     std::unordered_map<std::string, place> names;
@@ -268,6 +271,8 @@ void check_definition::operator()(record_def &r) const
         check_member(m, r);
     }
     check_attributes(s, unit, r);
+    if (r.wire)
+        check_wire(s, unit, r);
     mark_defined(r.id.text);
 }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "def/parse.h"
+#include "def/parse_members.h"
 
 namespace solvane::gen::def {
 namespace {
@@ -44,11 +45,12 @@ std::string print(const declarator &d)
 
 std::string print(const attribute &a)
 {
-    constexpr std::array words = {"counted", "uncounted", "optional", "selected", "case", "hidden", "rt_selector"};
-    std::string          out = words[static_cast<std::size_t>(a.kind)];
+    std::string out(spelled(a.kind));
     if (a.target)
         out += fmt::format("({})", a.target->text);
-    if (a.value)
+    if (a.second)
+        out += fmt::format("({}, {})", print(*a.value), print(*a.second));
+    else if (a.value)
         out += fmt::format("({})", print(*a.value));
     return out;
 }
@@ -63,8 +65,105 @@ std::string print(const member_def &m)
     return out + ";";
 }
 
+std::string print(const std::vector<condition_def> &conditions)
+{
+    constexpr std::array signs = {"", "!", " == ", " != ", " < ", " <= ", " > ", " >= ", " & "}; // ORDER conditions
+    std::string          out;
+    for (const condition_def &c : conditions) {
+        out += out.empty() ? "" : " && ";
+        if (c.kind == condition_def::what::left)
+            out += c.value ? fmt::format("left({})", print(*c.value)) : "left";
+        else if (c.value)
+            out += c.member.text + signs[static_cast<std::size_t>(c.kind)] + print(*c.value);
+        else
+            out += signs[static_cast<std::size_t>(c.kind)] + c.member.text;
+    }
+    return out;
+}
+
+std::string print(const wire_item_def::part &p)
+{
+    std::string out;
+    for (const part_ref::step &step : p.ref.steps) {
+        out += (out.empty() ? "" : ".") + step.member.text;
+        if (step.index)
+            out += fmt::format("[{}]", print(*step.index));
+    }
+    return p.width ? fmt::format("{} : {}", out, print(*p.width)) : out;
+}
+
+std::string print_line(const wire_item_def &i)
+{
+    constexpr std::array presences = {" M", " O", " C"};
+    constexpr std::array formats = {" V", " V1", " LV", " LV-E", " T", " TV", " TV1", " TLV", " TLV-E"};
+    std::string          out = i.is_spare ? "spare" : i.id.text;
+    if (i.member)
+        out = i.member->type.written.text + " " + print(i.member->decl);
+    if (i.identifier)
+        out += fmt::format(" 0x{:02X}", *i.identifier);
+    out += presences[static_cast<std::size_t>(i.need)];
+    out += formats[static_cast<std::size_t>(i.format)];
+    if (i.half_length)
+        out += " 1/2";
+    else if (i.shortest)
+        out += " " + print(*i.shortest) + (i.exact ? "" : i.longest ? ".." + print(*i.longest) : "..n");
+    if (i.member) {
+        for (const attribute &a : i.member->attributes)
+            out += " " + print(a);
+    }
+    return out + (i.clause.empty() ? ";\n" : " " + quoted(i.clause) + ";\n");
+}
+
+std::string print(const wire_item_def &i, const std::string &indent);
+
+std::string print(const std::vector<wire_item_def> &items, const std::string &indent)
+{
+    std::string out = "{\n";
+    for (const wire_item_def &i : items)
+        out += indent + "    " + print(i, indent + "    ");
+    return out + indent + "}";
+}
+
+std::string print(const wire_item_def &i, const std::string &indent)
+{
+    using what = wire_item_def::what;
+    std::string out;
+    switch (i.kind) {
+    case what::member: return print(*i.member) + "\n";
+    case what::spare:
+        return fmt::format("spare : {}{};\n", print(*i.width), i.value ? " = " + print(*i.value) : "");
+    case what::parts:
+        for (const wire_item_def::part &p : i.parts)
+            out += (out.empty() ? "wire " : ", ") + print(p);
+        return out + ";\n";
+    case what::flag:
+        out = fmt::format("flag {}{}", i.inverse ? "!" : "", i.any ? fmt::format("any({})", i.id.text) : i.id.text);
+        return out + (i.conditions.empty() ? "" : " = " + print(i.conditions)) + ";\n";
+    case what::group:
+        out = fmt::format("if ({}) {}", print(i.conditions), print(i.items, indent));
+        return out + (i.otherwise.empty() ? "" : " else " + print(i.otherwise, indent)) + "\n";
+    case what::block: return fmt::format("length({}) {} {}\n", print(*i.width), i.id.text, print(i.items, indent));
+    case what::align: return "align;\n";
+    case what::line: return print_line(i);
+    }
+    return out;
+}
+
+std::string print_wire(const record_def &r)
+{
+    const wire_def &w = *r.wire;
+    std::string     out = fmt::format("{} {}", w.is_message ? "message" : "element", r.id.text);
+    if (w.length)
+        out += fmt::format(" length({})", print(*w.length));
+    if (w.direction != wire_direction::none)
+        out += w.direction == wire_direction::uplink ? " uplink" : " downlink";
+    return out + " " + print(w.items, "") + "\n";
+}
+
 std::string print(const record_def &r)
 {
+    if (r.wire)
+        return print_wire(r);
     std::string out = fmt::format("{} {} {{\n", r.is_union ? "union" : "struct", r.id.text);
     for (const member_def &m : r.members)
         out += fmt::format("    {}\n", print(m));

@@ -1,6 +1,8 @@
 // Lexer of the definition language.
 #include "def/lex.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <string_view>
@@ -139,11 +141,13 @@ std::optional<token> take_punctuation(reader &in)
     token      t{token_kind::punctuation, {}, 0, in.where, {}};
     const char c = in.next();
     t.text = c;
-    if (c == '<' && in.peek() == '<') {
+    constexpr std::array<std::string_view, 7> pairs = {"<<", "==", "!=", "<=", ">=", "&&", ".."};
+    const char                                pair[] = {c, in.peek()};
+    if (std::find(pairs.begin(), pairs.end(), std::string_view(pair, 2)) != pairs.end()) {
         t.text += in.next();
         return t;
     }
-    if (std::string_view("{}()[];,:=*+-/|.").find(c) != std::string_view::npos)
+    if (std::string_view("{}()[];,:=*+-/|.&!<>").find(c) != std::string_view::npos)
         return t;
     const bool printable = c > ' ' && c <= '~';
     while (!printable && static_cast<unsigned char>(in.peek()) >= 0x80)

@@ -77,11 +77,13 @@ void parse_peer_function(parser &in, peer_row_def &row)
     in.expect_semicolon("the function");
 }
 
-// peer = name "{" peer_function peer_function "}" [ ";" ] ;
+// peer = name ( ";" | "{" peer_function peer_function "}" [ ";" ] ) ;
 peer_row_def parse_peer(parser &in)
 {
     peer_row_def row;
     row.structure = in.expect_identifier("the name of a structure");
+    if (in.accept(";"))
+        return row;
     const std::size_t errors = in.diag.count();
     parse_block(in, "the structure", [&] { parse_peer_function(in, row); });
     in.accept(";");

@@ -1,152 +1,22 @@
 // Recursive descent over a `.def` file: imports, types, lists and constants.
-#include <algorithm>
-#include <array>
 #include <filesystem>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "def/parse.h"
+#include "def/parse_members.h"
+#include "def/parse_wire.h"
 #include "def/parser.h"
 
 namespace solvane::gen::def {
 namespace {
 
-bool is_basic_word(std::string_view word)
-{
-    constexpr std::array<std::string_view, 7> words = {"unsigned", "signed", "long", "int", "short", "char", "void"};
-    for (const std::string_view w : words) {
-        if (word == w)
-            return true;
-    }
-    return false;
-}
-
-constexpr std::array basic_kinds = {kind::unsigned_long, kind::signed_long,    kind::unsigned_int, kind::signed_int,
-                                    kind::unsigned_short, kind::signed_short, kind::unsigned_char, kind::plain_char,
-                                    kind::signed_char,   kind::nothing};
-
-// basic_type = "unsigned" "long" | "long" | … | "void" ;
-type_ref parse_basic_type(parser &in)
-{
-    type_ref type{{{}, in.peek().where}, true, {}};
-    while (in.is_identifier() && is_basic_word(in.peek().text))
-        type.written.text += (type.written.text.empty() ? "" : " ") + in.next().text;
-    for (const kind base : basic_kinds) {
-        if (basic_name(base) == type.written.text) {
-            type.use.base = base;
-            return type;
-        }
-    }
-    in.diag.error(type.written.where, "'" + type.written.text + "' is no base type: there are unsigned long, long, "
-                                      "unsigned int, int, unsigned short, short, unsigned char, char, signed char "
-                                      "and void");
-    throw syntax_error{};
-}
-
-// type = basic_type | name ;
-type_ref parse_type(parser &in)
-{
-    if (in.is_identifier() && is_basic_word(in.peek().text))
-        return parse_basic_type(in);
-    return {in.expect_identifier("a type"), false, {}};
-}
-
-// declarator = { "*" } name { "[" expression "]" } ;
-declarator parse_declarator(parser &in)
-{
-    declarator d;
-    while (in.accept("*"))
-        ++d.pointers;
-    d.id = in.expect_identifier("a name");
-    while (in.accept("[")) {
-        d.arrays.push_back(parse_expression(in));
-        in.expect("]", "the array size");
-    }
-    return d;
-}
-
-/// The name in `counted(name)`.
-name parse_target(parser &in)
-{
-    in.expect("(", "the attribute");
-    name target = in.expect_identifier("a member");
-    in.expect(")", "the member");
-    return target;
-}
-
-expression parse_argument(parser &in)
-{
-    in.expect("(", "the attribute");
-    expression value = parse_expression(in);
-    in.expect(")", "the value");
-    return value;
-}
-
-// attribute = "counted" "(" name ")" | "uncounted" | "optional" [ "(" name ")" ] | "selected" "(" name ")"
-//           | "case" "(" expression ")" | "hidden" | "rt_selector" "(" expression ")" ;
-attribute parse_attribute(parser &in)
-{
-    using what = attribute::what;
-    attribute a;
-    a.where = in.peek().where;
-    if (in.accept_word("counted")) {
-        a.kind = what::counted;
-        a.target = parse_target(in);
-    } else if (in.accept_word("uncounted")) {
-        a.kind = what::uncounted;
-    } else if (in.accept_word("optional")) {
-        a.kind = what::optional;
-        if (in.is("("))
-            a.target = parse_target(in);
-    } else if (in.accept_word("selected")) {
-        a.kind = what::selected;
-        a.target = parse_target(in);
-    } else if (in.accept_word("case")) {
-        a.kind = what::case_;
-        a.value = parse_argument(in);
-    } else if (in.accept_word("hidden")) {
-        a.kind = what::hidden;
-    } else if (in.accept_word("rt_selector")) {
-        a.kind = what::rt_selector;
-        a.value = parse_argument(in);
-    } else {
-        in.fail("an attribute or ';'");
-    }
-    return a;
-}
-
-/// On a further line only a known attribute continues a member; anything else is the next one, a `;` forgotten.
-bool begins_attribute(const parser &in)
-{
-    constexpr std::array<std::string_view, 7> words = {"counted", "uncounted", "optional",   "selected",
-                                                       "case",    "hidden",    "rt_selector"};
-    if (!in.is_identifier())
-        return false;
-    if (in.peek().where.line == in.tokens[in.at - 1].end.line)
-        return true;
-    return std::find(words.begin(), words.end(), in.peek().text) != words.end();
-}
-
-// member = type declarator [ ":" expression ] { attribute } ";" ;
-member_def parse_member(parser &in)
-{
-    member_def m;
-    m.type = parse_type(in);
-    m.decl = parse_declarator(in);
-    if (in.accept(":"))
-        m.width = parse_expression(in);
-    while (begins_attribute(in))
-        m.attributes.push_back(parse_attribute(in));
-    in.expect_semicolon("the member");
-    return m;
-}
-
 /// A definition that begins inside a block: the block's own `}` was forgotten.
 bool begins_definition(const parser &in)
 {
     const bool block = in.is_word("struct") || in.is_word("union") || in.is_word("enum");
-    return (block && in.is("{", 2)) || in.is_word("typedef") || (in.is_word("list") && in.is_word("of", 2));
+    return (block && in.is("{", 2)) || in.is_word("typedef") || (in.is_word("list") && in.is_word("of", 2)) ||
+           begins_wire(in);
 }
 
 // record = ( "struct" | "union" ) name "{" { member } "}" [ ";" ] ;
@@ -158,11 +28,7 @@ record_def parse_record(parser &in)
     in.expect("{", "the name");
     while (!in.is("}") && !in.done() && !begins_definition(in))
         parse_statement(in, [&] { r.members.push_back(parse_member(in)); });
-    if (!in.accept("}")) {
-        const place &where = in.done() ? in.tokens[in.at - 1].end : in.peek().where;
-        in.diag.error(where, "expected '}' at the end of '" + r.id.text + "'");
-    }
-    in.accept(";");
+    close_block(in, r.id.text);
     return r;
 }
 
@@ -268,7 +134,7 @@ constant_def parse_constant(parser &in)
     return c;
 }
 
-// statement = import | declared | typedef | enumeration | record | list | constant ;
+// statement = import | declared | typedef | enumeration | record | wire | list | constant ;
 // import = "import" text ";" ;  declared = "declared" "in" text ";" ;
 void parse_unit_statement(parser &in, unit_def &unit)
 {
@@ -289,6 +155,8 @@ void parse_unit_statement(parser &in, unit_def &unit)
         unit.definitions.emplace_back(parse_enum(in));
     } else if (in.is_word("struct") || in.is_word("union")) {
         unit.definitions.emplace_back(parse_record(in));
+    } else if (begins_wire(in)) {
+        unit.definitions.emplace_back(parse_wire(in));
     } else if (in.is_word("list")) {
         unit.definitions.emplace_back(parse_list(in));
     } else if (in.is_word("const")) {

@@ -12,6 +12,7 @@
 
 #include "base/diagnostics.h"
 #include "model/model.h"
+#include "model/wire.h"
 
 namespace solvane::gen::def {
 
@@ -46,14 +47,19 @@ struct declarator {
     std::vector<dimension>  dims;    ///< checked
 };
 
-/// `counted(no_x)`, `hidden`, …
+/// `counted(no_x)`, `hidden`, …; those from `bits` on belong to a wire format.
 struct attribute {
-    enum class what : std::uint8_t { counted, uncounted, optional, selected, case_, hidden, rt_selector };
+    enum class what : std::uint8_t {
+        counted, uncounted, optional, selected, case_, hidden, rt_selector,
+        bits, minus, peek, lh, off_wire, length, to_end, chained, bcd
+    };
     what                      kind = what::hidden;
     place                     where;
     std::optional<name>       target;  ///< another member
     std::optional<expression> value;
+    std::optional<expression> second;  ///< the width of `peek`
 };
+inline constexpr std::size_t no_attributes = 16;
 
 struct member_def {
     type_ref                  type;
@@ -71,10 +77,78 @@ struct member_def {
     bool          hidden = false;
 };
 
+/// `digits[0]`, `plmn.mcc[2]`
+struct part_ref {
+    struct step {
+        name                      member;
+        std::optional<expression> index;
+    };
+    std::vector<step> steps;  ///< at least one
+};
+
+/// `recommendation_present`, `!ext`, `type == 4`, `flags & 3`, `left(2)`
+struct condition_def {
+    enum class what : std::uint8_t {
+        set, clear, equal, unequal, less, less_equal, greater, greater_equal, mask, left
+    };
+    what                      kind = what::set;
+    name                      member;  ///< of `left` the word itself
+    std::optional<expression> value;
+};
+
+/// An item of an element or message, in the order of the wire.
+struct wire_item_def {
+    enum class what : std::uint8_t { member, spare, parts, flag, group, block, align, line };
+    enum class presence : std::uint8_t { mandatory, optional, conditional };
+
+    struct part {
+        part_ref                  ref;
+        std::optional<expression> width;
+    };
+
+    what  kind = what::member;
+    place where;
+
+    std::optional<member_def>  member;  ///< member; line, where it has a type
+    name                       id;      ///< flag: the presence member or array; block, line: the name
+    std::optional<expression>  width;   ///< spare; block: width of its length field
+    std::optional<expression>  value;   ///< spare
+    std::vector<part>          parts;
+    bool                       inverse = false;    ///< flag
+    bool                       any = false;        ///< flag: of an array
+    std::vector<condition_def> conditions;         ///< group; flag that no bit tells
+    std::vector<wire_item_def> items;              ///< group, block
+    std::vector<wire_item_def> otherwise;          ///< group
+
+    // line
+    presence                      need = presence::mandatory;
+    std::optional<std::uint64_t>  identifier;
+    place                         identifier_where;
+    wire_format                   format = wire_format::value;
+    bool                          is_spare = false;  ///< a spare half octet
+    std::optional<expression>     shortest, longest;  ///< octets; `n` at the end leaves `longest` empty
+    bool                          half_length = false; ///< `1/2`
+    bool                          exact = false;       ///< one number
+    std::string                   clause;
+
+    std::uint32_t member_id = no_index;  ///< checked: index into record_def::members
+};
+
+/// What an element or a message has beside its record.
+struct wire_def {
+    bool                       is_message = false;
+    wire_direction             direction = wire_direction::none;
+    std::optional<expression>  length;  ///< width of the length field of its own
+    std::vector<wire_item_def> items;
+
+    std::optional<wire_codec> codec;  ///< checked
+};
+
 struct record_def {
     name                    id;
     bool                    is_union = false;
     std::vector<member_def> members;
+    std::optional<wire_def> wire;                  ///< of an element or a message
     std::uint32_t           record_id = no_index;  ///< checked
 };
 
