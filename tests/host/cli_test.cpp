@@ -7,7 +7,7 @@
 
 #include "run_tool.h"
 
-namespace solvane::host::test {
+namespace solvane::tools::test {
 namespace {
 
 const std::string noise = "the library speaks on standard output\n";
@@ -571,4 +571,4 @@ TEST(tables, become_completion_and_manual)
 }
 
 } // namespace
-} // namespace solvane::host::test
+} // namespace solvane::tools::test

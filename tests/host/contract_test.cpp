@@ -12,7 +12,7 @@
 #include "run_tool.h"
 #include "solvane/solvane.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 namespace {
 
 using test::run_tool;
@@ -267,4 +267,4 @@ TEST(tool, walks_the_whole_dictionary)
 }
 
 } // namespace
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -7,7 +7,7 @@
 #include "text.h"
 #include "upper_pdu.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 namespace {
 
 std::string bytes(const char *hex)
@@ -206,4 +206,4 @@ TEST(upper_pdu, finds_the_dissector_of_a_structure)
 }
 
 } // namespace
-} // namespace solvane::host
+} // namespace solvane::tools

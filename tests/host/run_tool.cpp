@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace solvane::host::test {
+namespace solvane::tools::test {
 
 namespace {
 
@@ -76,4 +76,4 @@ tool_result run_tool(const std::vector<std::string> &words, const std::string &i
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), out.content(), err.content()};
 }
 
-} // namespace solvane::host::test
+} // namespace solvane::tools::test

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace solvane::host::test {
+namespace solvane::tools::test {
 
 struct tool_result {
     int         code = -1; ///< exit code, or 128 + the signal that ended it
@@ -30,4 +30,4 @@ private:
     std::string path_;
 };
 
-} // namespace solvane::host::test
+} // namespace solvane::tools::test

@@ -4,7 +4,7 @@
 
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 namespace {
 
 const plugin &no_plugin()
@@ -112,4 +112,4 @@ TEST(script, writes_lines_that_make_the_same_packet)
 }
 
 } // namespace
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -6,7 +6,7 @@
 #include "times.h"
 #include "trace_line.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 namespace {
 
 TEST(hex, reads_pairs_and_points_at_the_fault)
@@ -118,4 +118,4 @@ TEST(reports, keep_to_what_their_lengths_say)
 }
 
 } // namespace
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "layout.h"
@@ -14,7 +14,7 @@
 #include "session.h"
 #include "words.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -316,4 +316,4 @@ command check_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
@@ -9,7 +9,7 @@
 #include "session.h"
 #include "times.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -176,4 +176,4 @@ command classify_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

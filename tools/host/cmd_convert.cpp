@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "peer_message.h"
 #include "recording.h"
@@ -10,7 +10,7 @@
 #include "trace_line.h"
 #include "upper_pdu.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -83,7 +83,7 @@ int run(session &work, const convert_options &options)
     if (!options.write.empty()) {
         work.out.open(options.write);
         capture.emplace([&work](std::string_view block) { work.out.write(block); },
-                        fmt::format("{} {}", tool_name, tool_version), baseline_comment(work));
+                        fmt::format("{} {}", running_tool().name, tool_version), baseline_comment(work));
     }
     for (std::uint64_t done = 0; !options.count || done < *options.count;) {
         const auto next = source->next();
@@ -129,4 +129,4 @@ command convert_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

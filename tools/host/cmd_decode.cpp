@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include "byte_source.h"
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
@@ -10,7 +10,7 @@
 #include "session.h"
 #include "times.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -190,4 +190,4 @@ command decode_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,10 +1,10 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "json_out.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -157,4 +157,4 @@ command domains_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

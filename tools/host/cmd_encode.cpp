@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include "byte_source.h"
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "image_write.h"
 #include "json_out.h"
@@ -9,7 +9,7 @@
 #include "peer_message.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -98,4 +98,4 @@ command encode_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

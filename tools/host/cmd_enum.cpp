@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -88,4 +88,4 @@ command enum_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "print.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -149,4 +149,4 @@ command info_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "print.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -173,4 +173,4 @@ command messages_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,11 +1,11 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "json_out.h"
 #include "print.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -89,4 +89,4 @@ command peers_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,14 +1,14 @@
 #include <fmt/format.h>
 
 #include "byte_source.h"
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
 #include "print.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -78,4 +78,4 @@ command record_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

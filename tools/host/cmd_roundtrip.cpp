@@ -3,14 +3,14 @@
 #include <fmt/format.h>
 
 #include "byte_source.h"
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
 #include "peer_message.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -96,4 +96,4 @@ command roundtrip_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "session.h"
 #include "trace_filter.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -135,4 +135,4 @@ command statements_command()
     return out;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "recording.h"
@@ -11,7 +11,7 @@
 #include "trace_filter.h"
 #include "trace_line.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -288,4 +288,4 @@ command trace_command()
     return out;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,12 +1,12 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "json_out.h"
 #include "lookup.h"
 #include "print.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -140,4 +140,4 @@ command type_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

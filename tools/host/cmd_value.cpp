@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "command.h"
+#include "commands.h"
 #include "failure.h"
 #include "json_out.h"
 #include "layout.h"
@@ -8,7 +8,7 @@
 #include "session.h"
 #include "words.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -184,4 +184,4 @@ command value_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -9,7 +9,7 @@
 #include "layout.h"
 #include "words.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -432,4 +432,4 @@ bool is_cut(const value_node &node)
            std::any_of(node.children.begin(), node.children.end(), is_cut);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -12,7 +12,7 @@
 #include "dictionary.h"
 #include "plugin.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 enum class shape {
     number,  ///< `number`, with `literal` and `words` where there are any
@@ -46,4 +46,4 @@ value_node read_value(const plugin &loaded, const domain &in, const type_use &us
 /// Whether some part of the tree was cut off.
 bool is_cut(const value_node &node);
 
-} // namespace solvane::host
+} // namespace solvane::tools

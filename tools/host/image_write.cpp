@@ -8,7 +8,7 @@
 #include "failure.h"
 #include "layout.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -403,4 +403,4 @@ void write_value(const domain &in, const type_use &use, const json &value, std::
     writer(in, blocks).value(resolve(in, use), value, at, "");
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -12,7 +12,7 @@
 #include "dictionary.h"
 #include "json_out.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// Zeroed memory for what the pointers of a value lead to.  It lives as long as this object.
 class block_store {
@@ -28,4 +28,4 @@ private:
 void write_value(const domain &in, const type_use &use, const json &value, std::span<std::uint8_t> at,
                  block_store &blocks);
 
-} // namespace solvane::host
+} // namespace solvane::tools

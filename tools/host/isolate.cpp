@@ -10,7 +10,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::optional<std::string> in_isolation(const std::function<std::string()> &work
     return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? std::optional(std::move(text)) : std::nullopt;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

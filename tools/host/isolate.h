@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// Runs `work` in a child and hands over the text that it answered; nothing when the child died on the way.
 /// What the library prints before it dies goes to standard error.
 std::optional<std::string> in_isolation(const std::function<std::string()> &work);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -1,6 +1,6 @@
 #include "json_out.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -147,4 +147,4 @@ std::string json_line(const json &object)
     return object.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

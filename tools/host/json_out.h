@@ -11,7 +11,7 @@
 #include "image.h"
 #include "layout.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 using json = nlohmann::ordered_json;
 
@@ -30,4 +30,4 @@ json json_value(const value_node &node);
 /// On one line; octets that are no UTF-8 become the replacement character.
 std::string json_line(const json &object);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -6,7 +6,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -227,4 +227,4 @@ std::string place_of(const laid_member &member)
     return out;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -10,7 +10,7 @@
 
 #include "dictionary.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// Bits `high` down to `low` of an octet; bit 7 is the most significant one.
 struct bit_part {
@@ -62,4 +62,4 @@ std::vector<std::string> notes_on(const domain &in, const laid_record &record, c
 /// "3.7-4", for parts "1.7-0 0.7-4": octet, dot, highest bit to lowest.
 std::string place_of(const laid_member &member);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -4,7 +4,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -114,4 +114,4 @@ found_type find_record(session &work, const std::string &name)
     return found[0];
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -7,7 +7,7 @@
 
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// A type of a domain.
 struct found_type {
@@ -39,4 +39,4 @@ std::string literal_text(const domain &in, const char *tt_entity_info::*field, s
 /// "gsm, lte": the domains of all but the first.
 std::string other_domains(const std::vector<found_type> &found);
 
-} // namespace solvane::host
+} // namespace solvane::tools

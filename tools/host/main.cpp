@@ -1,60 +1,7 @@
-// solvane-host: walks the dictionary of a Solvane plug-in and turns recorded traces into text.
-//
-// The steps, whose order binds: our data is moved off descriptor 1 before any library is loaded, because a plug-in
-// may print there.
-#include <cstdio>
-
-#include <unistd.h>
-
-#include "command.h"
-#include "failure.h"
-#include "session.h"
-#include "streams.h"
-
-namespace {
-
-using namespace solvane::host;
-
-int run(int argc, char **argv, data_stream &out)
-{
-    common_settings settings;
-    auto            commands = all_commands();
-    auto            common = common_options(settings);
-    const request   wanted = parse_command_line(argc, argv, commands, common);
-    if (wanted.chosen == nullptr) {
-        out.write(wanted.text);
-        out.flush();
-        return exit_done;
-    }
-    out.open(settings.output);
-    out.set_line_flush(settings.line_flush || out.is_terminal());
-    session work(settings, out);
-    int     result = exit_done;
-    try {
-        result = wanted.chosen->run(work);
-    } catch (const failure &) {
-        out.flush(); /* what was found before counts */
-        throw;
-    }
-    out.flush();
-    return result;
-}
-
-} // namespace
+// solvane-host: walks the dictionary of a Solvane plug-in, shows what a target sends, live or recorded.
+#include "commands.h"
 
 int main(int argc, char **argv)
 {
-    data_stream out;
-    try {
-        out.attach(keep_data_apart());
-        return run(argc, argv, out);
-    } catch (const closed_pipe &) {
-        return exit_done;
-    } catch (const failure &end) {
-        complain(end.what());
-        return end.code();
-    } catch (const std::exception &error) {
-        complain(error.what());
-        return exit_cannot_open;
-    }
+    return solvane::tools::run_tool(solvane::tools::host_tool(), argc, argv);
 }

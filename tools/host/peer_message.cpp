@@ -6,7 +6,7 @@
 
 #include "isolate.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -137,4 +137,4 @@ encoded_message encode_peer(const tt_peer_row &row, std::span<std::uint8_t> valu
     return out;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

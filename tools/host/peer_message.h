@@ -9,7 +9,7 @@
 #include "plugin.h"
 #include "recording.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// Whether a packet is the report of an inter-layer message.
 bool carries_message(const packet &what);
@@ -63,4 +63,4 @@ struct encoded_message {
 /// right).  `room` is the number of octets that the codec may write.  With `isolate` a child process tries it first.
 encoded_message encode_peer(const tt_peer_row &row, std::span<std::uint8_t> value, std::size_t room, bool isolate);
 
-} // namespace solvane::host
+} // namespace solvane::tools

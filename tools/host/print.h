@@ -7,7 +7,7 @@
 #include "layout.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// A structure member by member in the way of C with offsets and sizes behind; `expand` opens the structures that
 /// are held in place.
@@ -22,4 +22,4 @@ std::string number_text(const painter &paint, const value_node &node);
 /// "1 octet", "3 octets".
 std::string counted(std::uint64_t count, const char *what);
 
-} // namespace solvane::host
+} // namespace solvane::tools

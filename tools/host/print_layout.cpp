@@ -5,7 +5,7 @@
 #include "print.h"
 #include "words.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -183,4 +183,4 @@ void print_layout(session &to, const domain &in, const laid_record &record, bool
     to.line(to.paint(ink::type, "}; ") + to.paint(ink::note, "/* " + totals_of(record) + " */"));
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -4,7 +4,7 @@
 
 #include "print.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -99,4 +99,4 @@ void print_value(session &to, const value_node &node)
     print_children(to, node, indent_step);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

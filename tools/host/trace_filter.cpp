@@ -9,7 +9,7 @@
 #include "failure.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -120,4 +120,4 @@ bool trace_filter::passes(std::uint32_t id, std::string_view module, std::string
            selects(parts_->texts, parts_->not_texts, found_by);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -11,7 +11,7 @@
 #include "command.h"
 #include "plugin.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// The words given for each filter; a trace passes a filter when one of them fits, its negation when none does.
 struct trace_filter_words {
@@ -36,4 +36,4 @@ private:
     std::shared_ptr<const parts> parts_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

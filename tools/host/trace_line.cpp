@@ -8,7 +8,7 @@
 #include "agent_packet.h"
 #include "isolate.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -172,4 +172,4 @@ std::optional<trace_line> decode_trace(const plugin &loaded, const packet &what,
     return std::nullopt;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

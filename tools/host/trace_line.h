@@ -10,7 +10,7 @@
 #include "plugin.h"
 #include "recording.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// An argument of a trace; `name` is that of an @TAG<name> marker behind its conversion.
 struct trace_argument {
@@ -41,4 +41,4 @@ std::optional<trace_line> decode_trace(const plugin &loaded, const packet &what,
 /// marker right behind it, or an empty text.
 std::vector<std::string> argument_names(std::string_view format, bool integer_layout);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -144,4 +144,4 @@ octets log_record(const trace_line &line, std::optional<std::int64_t> time)
     return out;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

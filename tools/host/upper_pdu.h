@@ -13,7 +13,7 @@
 #include "text.h"
 #include "trace_line.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// The dissector that reads the octets of this peer structure; empty when Wireshark has none for it.
 std::string_view dissector_of(std::string_view structure);
@@ -24,4 +24,4 @@ octets upper_pdu(std::string_view dissector, std::span<const std::uint8_t> messa
 /// A trace as a log record of type 16 of the GSMTAP dissectors (tags 14 and 32): time, module, file, line and text.
 octets log_record(const trace_line &line, std::optional<std::int64_t> time);
 
-} // namespace solvane::host
+} // namespace solvane::tools

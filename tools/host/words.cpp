@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -76,4 +76,4 @@ std::string words_of(const plugin &loaded, const domain &in, const char *structu
     return row != nullptr ? case_words(*row, value) : std::string();
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -8,7 +8,7 @@
 #include "dictionary.h"
 #include "plugin.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// The unconditional text of a value, or one of a case as "text (case n)"; empty when there is none.  A field's table
 /// does not say which member its cases go by, so every case that knows the value is told.
@@ -21,4 +21,4 @@ const tt_value_desc *description_of(const plugin &loaded, const domain &in, std:
 /// The row of a field, or null.
 const tt_value_field *field_of(const tt_value_desc &described, std::string_view field);
 
-} // namespace solvane::host
+} // namespace solvane::tools

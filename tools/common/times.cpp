@@ -8,7 +8,7 @@
 #include "failure.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -146,4 +146,4 @@ std::string time_format::text(std::optional<std::int64_t> time)
     }
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

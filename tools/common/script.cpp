@@ -10,7 +10,7 @@
 #include "failure.h"
 #include "times.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -388,4 +388,4 @@ bool looks_like_script(std::string_view head)
     });
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

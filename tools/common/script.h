@@ -16,7 +16,7 @@
 
 #include "recording.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 class script_reader : public packet_source {
 public:
@@ -39,4 +39,4 @@ std::string script_line(const packet &what, std::int64_t start, const plugin *na
 /// Whether a line can stand in a script: for finding out what a file is.
 bool looks_like_script(std::string_view head);
 
-} // namespace solvane::host
+} // namespace solvane::tools

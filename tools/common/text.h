@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 using octets = std::vector<std::uint8_t>;
 
@@ -61,4 +61,4 @@ private:
     std::vector<near_name> best_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

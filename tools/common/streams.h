@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// The reader of our data has gone: the run ends without a word.
 struct closed_pipe {};
@@ -61,4 +61,4 @@ private:
 /// `choice` is auto, always or never; auto means a terminal without NO_COLOR.
 bool wants_colour(const std::string &choice, bool terminal);
 
-} // namespace solvane::host
+} // namespace solvane::tools

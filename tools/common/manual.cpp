@@ -1,10 +1,13 @@
+#include <algorithm>
+#include <cctype>
+
 #include <fmt/format.h>
 
 #include "command.h"
 #include "failure.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -51,29 +54,37 @@ std::string command_entry(const command &each)
     }
     out += option_entries(each.options);
     for (const auto &example : each.examples) {
-        out += fmt::format(".PP\n.EX\n{} {}\n.EE\n.RS 4\n{}\n.RE\n", tool_name, roff(example.line), roff(example.says));
+        out += fmt::format(".PP\n.EX\n{} {}\n.EE\n.RS 4\n{}\n.RE\n", roff(running_tool().name), roff(example.line), roff(example.says));
+    }
+    return out;
+}
+
+std::string rows_of(const char *title, const std::vector<explained> &rows)
+{
+    std::string out = fmt::format(".SH {}\n", title);
+    for (const auto &[name, says] : rows) {
+        out += fmt::format(".TP\n.B {}\n{}\n", name, roff(says));
     }
     return out;
 }
 
 int run(session &work)
 {
-    common_settings settings;
-    std::string     out = fmt::format(
-        ".TH SOLVANE\\-HOST 1 \"\" \"solvane\\-host {}\" \"User Commands\"\n.SH NAME\nsolvane\\-host \\- reads a modem "
-            "stack's debug information out of its plug\\-in\n.SH SYNOPSIS\n.B solvane\\-host\n.I command\n"
-            "[\\fIarguments\\fR] [\\fIoptions\\fR]\n.SH COMMANDS\n",
-        roff(tool_version));
-    for (const auto &each : all_commands()) {
+    common_settings   settings;
+    const tool_spec  &tool = running_tool();
+    const std::string name = roff(tool.name);
+    std::string       title = name;
+    std::transform(title.begin(), title.end(), title.begin(), [](char c) { return static_cast<char>(std::toupper(c)); });
+    std::string out =
+        fmt::format(".TH {} 1 \"\" \"{} {}\" \"User Commands\"\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n.B {}\n{}"
+                    "[\\fIarguments\\fR] [\\fIoptions\\fR]\n.SH COMMANDS\n",
+                    title, name, roff(tool_version), name, roff(tool.summary), name,
+                    tool.usual != nullptr ? "[\\fIcommand\\fR]\n" : ".I command\n");
+    for (const auto &each : tool.commands()) {
         out += command_entry(each);
     }
-    out += ".SH COMMON OPTIONS\n" + option_entries(common_options(settings));
-    out += ".SH ENVIRONMENT\n.TP\n.B SOLVANE_LIB\nthe plug\\-in, where \\-\\-lib does not name it\n"
-           ".TP\n.B NO_COLOR\nno colours\n";
-    out += ".SH EXIT STATUS\n.TP\n.B 0\ndone\n.TP\n.B 1\ndone with findings: an unknown name, a bad frame, a difference\n"
-           ".TP\n.B 2\nusage\n.TP\n.B 3\ncannot load or open\n.TP\n.B 4\nthe library offers another interface or is of "
-           "another baseline\n.TP\n.B 6\nthe decoder died in isolation\n";
-    work.out.write(out);
+    work.out.write(out + ".SH COMMON OPTIONS\n" + option_entries(tool.common(settings)) +
+                   rows_of("ENVIRONMENT", tool.environment) + rows_of("EXIT STATUS", tool.exit_codes));
     return exit_done;
 }
 
@@ -92,4 +103,4 @@ command man_command()
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -13,7 +13,7 @@
 #include "plugin.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 enum class packet_kind {
     agent,    ///< code octet and body
@@ -58,4 +58,4 @@ private:
     pcapng_writer writer_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

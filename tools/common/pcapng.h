@@ -15,7 +15,7 @@
 
 #include "byte_source.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 enum class direction : std::uint8_t { unknown = 0, in = 1, out = 2 }; ///< as in bits 0 and 1 of epb_flags
 
@@ -92,4 +92,4 @@ private:
     std::vector<interface_info> interfaces_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -8,7 +8,7 @@
 
 #include "solvane/solvane.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 struct plugin {
     std::string              path; ///< as handed to the loader
@@ -31,4 +31,4 @@ plugin load_plugin(const std::string &wanted);
 /// Runs `init_dll` and looks at what every host relies on.  Throws `failure` (exit_mismatch).
 void start_plugin(const plugin &loaded);
 
-} // namespace solvane::host
+} // namespace solvane::tools

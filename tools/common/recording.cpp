@@ -7,7 +7,7 @@
 #include "failure.h"
 #include "script.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -162,4 +162,4 @@ void recording_writer::write_decoded(const packet &of, const octets &record)
     writer_.packet(interface_decoded, of.time.value_or(0), of.way, record);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -15,7 +15,7 @@
 #include "failure.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 byte_source byte_source::open(const std::string &path)
 {
@@ -131,4 +131,4 @@ std::vector<std::uint8_t> hex_words(const std::vector<std::string> &words, const
     return std::move(read.value);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

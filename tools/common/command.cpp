@@ -8,11 +8,12 @@
 #include "failure.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
 constexpr std::size_t option_column = 28;
+constexpr std::size_t help_width = 100; /* characters of a line */
 
 /* CLI11 hands over the words; what a number is, we decide. */
 void add_number(CLI::App &app, const option_spec &spec, std::optional<std::uint64_t> *into)
@@ -91,20 +92,27 @@ const command *chosen_command(const CLI::App &app, const std::vector<command> &c
     for (const auto &each : commands) {
         near.offer(each.name);
     }
-    throw failure(exit_usage, fmt::format("no command {}{} (see {} --help)", word, near.text(), tool_name));
+    throw failure(exit_usage, fmt::format("no command {}{} (see {} --help)", word, near.text(), running_tool().name));
 }
 
 /* One line, without CLI11's line breaks. */
 [[noreturn]] void usage(const CLI::ParseError &error, const command *chosen)
 {
     std::string text = one_line(error.what());
-    throw failure(exit_usage, fmt::format("{} (see {}{}{} --help)", text, tool_name, chosen != nullptr ? " " : "",
+    throw failure(exit_usage, fmt::format("{} (see {}{}{} --help)", text, running_tool().name, chosen != nullptr ? " " : "",
                                           chosen != nullptr ? chosen->name : ""));
+}
+
+/* How a command is called: the usual one without its name. */
+std::string called(const command &of)
+{
+    const tool_spec &tool = running_tool();
+    return tool.usual == of.name ? tool.name : fmt::format("{} {}", tool.name, of.name);
 }
 
 std::string usage_line(const command &of)
 {
-    std::string line = fmt::format("{} {}", tool_name, of.name);
+    std::string line = called(of);
     for (const auto &argument : of.arguments) {
         const bool many = std::holds_alternative<std::vector<std::string> *>(argument.into);
         line += argument.required ? " " + argument.name : " [" + argument.name + "]";
@@ -134,30 +142,95 @@ std::string option_block(const char *title, const std::vector<option_spec> &opti
     return out;
 }
 
+std::string help_text(const command &of, const std::vector<option_spec> &common)
+{
+    std::string out = fmt::format("{}: {}\n", of.name == running_tool().usual ? running_tool().name : of.name, of.summary);
+    out += of.examples.empty() ? "" : "\nExamples:\n";
+    for (const auto &each : of.examples) {
+        out += fmt::format("  {} {}\n      {}\n", running_tool().name, each.line, each.says);
+    }
+    out += fmt::format("\nUsage: {}\n", usage_line(of));
+    for (const auto &argument : of.arguments) {
+        out += fmt::format("  {:<26}{}\n", argument.name, argument.help);
+    }
+    out += of.details.empty() ? "" : "\n" + of.details + "\n";
+    return out + option_block("Options", of.options) + option_block("Common options", common);
+}
+
+std::string exit_code_text()
+{
+    std::string out;
+    std::string line = "Exit codes:";
+    for (const auto &[number, says] : running_tool().exit_codes) {
+        const std::string part = fmt::format(" {} {},", number, says);
+        if (line.size() + part.size() > help_width) {
+            out += line + "\n";
+            line.clear();
+        }
+        line += line.empty() ? part.substr(1) : part;
+    }
+    line.back() = '\n';
+    return out + line;
+}
+
+std::string command_block(const std::vector<command> &commands)
+{
+    std::string out = "\nCommands:\n";
+    for (const auto &each : commands) {
+        out += each.name == running_tool().usual ? "" : fmt::format("  {:<14}{}\n", each.name, each.summary);
+    }
+    return out;
+}
+
+std::string overview_text(const std::vector<command> &commands, const std::vector<option_spec> &common)
+{
+    std::string out = fmt::format("{}: {}\n\nExamples:\n", running_tool().name, running_tool().summary);
+    for (const auto &each : commands) {
+        if (!each.examples.empty()) {
+            out += fmt::format("  {} {}\n", running_tool().name, each.examples.front().line);
+        }
+    }
+    out += command_block(commands) + option_block("Common options", common);
+    return out + "  -h, --help                help, also behind a command\n"
+                 "  -V, --version             the tool's version\n\n" + exit_code_text();
+}
+
+/* Of a tool with a usual command that command's help, with what else there is. */
+std::string tool_help(const std::vector<command> &commands, const std::vector<option_spec> &common)
+{
+    const auto usual = std::find_if(commands.begin(), commands.end(), [](const command &each) {
+        return running_tool().usual == each.name;
+    });
+    return usual == commands.end() ? overview_text(commands, common)
+                                   : help_text(*usual, common) + command_block(commands) + "\n" + exit_code_text();
+}
+
+/* The words of the command line with the usual command's name in front where no command is named. */
+std::vector<std::string> words_of(int argc, char **argv, const std::vector<command> &commands)
+{
+    std::vector<std::string> words(argv + 1, argv + argc);
+    const std::string        first = words.empty() ? "" : words.front();
+    const bool               named = std::any_of(commands.begin(), commands.end(),
+                                                 [&](const command &each) { return each.name == first; });
+    const bool asks = first == "-h" || first == "--help" || first == "-V" || first == "--version";
+    if (running_tool().usual != nullptr && !named && !asks) {
+        words.insert(words.begin(), running_tool().usual);
+    }
+    return words;
+}
+
 } // namespace
 
-std::vector<option_spec> common_options(common_settings &into)
+std::vector<option_spec> basic_options(common_settings &into)
 {
     return {
         {"--lib", "PATH", "the plug-in; else $SOLVANE_LIB, next to the tool, standard places", &into.library, {},
          completes::file},
-        {"--domain", "D", "only this domain: stack, lte, ..., its number or ENTITY_ name", &into.domain, {},
-         completes::domain_name},
-        {"--json", "", "one JSON object a line", &into.json},
         {"-o,--output", "FILE", "write the data there; - is standard output", &into.output, {}, completes::file},
-        {"--color", "WHEN", "auto, always or never; NO_COLOR is heeded", &into.colour, {"auto", "always", "never"}},
         {"-l,--line-buffered", "", "flush behind every line", &into.line_flush},
         {"-q,--quiet", "", "no remarks on standard error", &into.quiet},
         {"-v,--verbose", "", "more remarks on standard error", &into.verbose},
     };
-}
-
-std::vector<command> all_commands()
-{
-    return {info_command(),     domains_command(), types_command(), type_command(),   enum_command(),
-            messages_command(), message_command(), value_command(), record_command(), statements_command(),
-            trace_command(),    peers_command(),   classify_command(), decode_command(), encode_command(),
-            roundtrip_command(), convert_command(), check_command(), completion_command(), man_command()};
 }
 
 request parse_command_line(int argc, char **argv, std::vector<command> &commands, std::vector<option_spec> &common)
@@ -165,12 +238,14 @@ request parse_command_line(int argc, char **argv, std::vector<command> &commands
     CLI::App app;
     build(app, commands, common);
     try {
-        app.parse(argc, argv);
+        auto words = words_of(argc, argv, commands);
+        std::reverse(words.begin(), words.end()); /* CLI11 takes them from the end */
+        app.parse(words);
     } catch (const CLI::CallForHelp &) {
         const command *chosen = chosen_command(app, commands);
-        return {nullptr, chosen != nullptr ? help_text(*chosen, common) : overview_text(commands, common)};
+        return {nullptr, chosen != nullptr ? help_text(*chosen, common) : tool_help(commands, common)};
     } catch (const CLI::CallForVersion &) {
-        return {nullptr, fmt::format("{} {}\n", tool_name, tool_version)};
+        return {nullptr, fmt::format("{} {}\n", running_tool().name, tool_version)};
     } catch (const CLI::ExtrasError &error) {
         const command *chosen = chosen_command(app, commands);
         const auto     rest = app.remaining(true);
@@ -183,44 +258,9 @@ request parse_command_line(int argc, char **argv, std::vector<command> &commands
     }
     const command *chosen = chosen_command(app, commands);
     if (chosen == nullptr) {
-        throw failure(exit_usage, fmt::format("no command given (see {} --help)", tool_name));
+        throw failure(exit_usage, fmt::format("no command given (see {} --help)", running_tool().name));
     }
     return {chosen, {}};
 }
 
-std::string help_text(const command &of, const std::vector<option_spec> &common)
-{
-    std::string out = fmt::format("{}: {}\n", of.name, of.summary);
-    out += of.examples.empty() ? "" : "\nExamples:\n";
-    for (const auto &each : of.examples) {
-        out += fmt::format("  {} {}\n      {}\n", tool_name, each.line, each.says);
-    }
-    out += fmt::format("\nUsage: {}\n", usage_line(of));
-    for (const auto &argument : of.arguments) {
-        out += fmt::format("  {:<26}{}\n", argument.name, argument.help);
-    }
-    out += of.details.empty() ? "" : "\n" + of.details + "\n";
-    return out + option_block("Options", of.options) + option_block("Common options", common);
-}
-
-std::string overview_text(const std::vector<command> &commands, const std::vector<option_spec> &common)
-{
-    std::string out =
-        fmt::format("{}: reads a modem stack's debug information out of its plug-in\n\nExamples:\n", tool_name);
-    for (const auto &each : commands) {
-        if (!each.examples.empty()) {
-            out += fmt::format("  {} {}\n", tool_name, each.examples.front().line);
-        }
-    }
-    out += "\nCommands:\n";
-    for (const auto &each : commands) {
-        out += fmt::format("  {:<14}{}\n", each.name, each.summary);
-    }
-    out += option_block("Common options", common);
-    out +=
-        "  -h, --help                help, also behind a command\n  -V, --version             the tool's version\n";
-    return out + "\nExit codes: 0 done, 1 done with findings, 2 usage, 3 cannot load or open,\n"
-                 "4 interface or baseline mismatch, 6 the decoder died in isolation\n";
-}
-
-} // namespace solvane::host
+} // namespace solvane::tools

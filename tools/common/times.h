@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// 2026-05-14T08:30:00.000100Z, always UTC, microseconds.
 std::string absolute_time(std::int64_t nanoseconds);
@@ -37,4 +37,4 @@ private:
     std::optional<std::int64_t> last_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

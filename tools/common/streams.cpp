@@ -10,7 +10,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -136,4 +136,4 @@ bool wants_colour(const std::string &choice, bool terminal)
            (kind == nullptr || std::strcmp(kind, "dumb") != 0);
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -15,7 +15,7 @@
 #include "solvane/solvane.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 /// A stack domain with the tool side's layout of its types.
 struct domain {
@@ -122,4 +122,4 @@ std::vector<found_message> find_messages(std::span<const domain> in, std::string
 /// Names of all types of a domain: those of `types`, then those of `structs` and `enums` that are not among them.
 std::vector<std::string_view> type_names(const domain &in);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 enum exit_code {
     exit_done = 0,
@@ -27,4 +27,4 @@ private:
     exit_code code_;
 };
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -11,7 +11,7 @@
 #include "solvane/solvane.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 enum report_code : std::uint8_t {
     report_trace = 0,     ///< an inter-layer message
@@ -53,4 +53,4 @@ octets make_layer_message(const layer_message &message);
 /// The record that the classification looks at; it points into `message`.
 tt_msg_struct as_record(const layer_message &message, std::uint8_t entity);
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -12,7 +12,7 @@
 #include "plugin.h"
 #include "streams.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 class session {
 public:
@@ -46,7 +46,7 @@ private:
     bool                               found_ = false;
 };
 
-/// Writes `solvane-host: text` to standard error in one piece.
+/// Writes `tool: text` to standard error in one piece.
 void complain(const std::string &text);
 
-} // namespace solvane::host
+} // namespace solvane::tools

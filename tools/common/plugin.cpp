@@ -9,7 +9,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -124,4 +124,4 @@ void start_plugin(const plugin &loaded)
            "a reserved slot is not 0");
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -7,7 +7,7 @@
 #include <fnmatch.h>
 #include <fmt/format.h>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -212,4 +212,4 @@ std::string suggestions::text() const
     return out.empty() ? out : out + "?";
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

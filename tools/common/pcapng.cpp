@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -307,4 +307,4 @@ std::optional<pcapng_packet> pcapng_reader::next()
     return std::nullopt;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

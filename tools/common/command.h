@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 class session;
 
@@ -62,10 +62,32 @@ struct common_settings {
     bool        verbose = false;
     bool        line_flush = false;
 };
-std::vector<option_spec> common_options(common_settings &into);
 
-/// All commands, in the order of the help.
-std::vector<command> all_commands();
+/// Options that every tool has: library, output, flushing, remarks.
+std::vector<option_spec> basic_options(common_settings &into);
+
+/// A row of the exit codes or of the environment in help and manual.
+struct explained {
+    const char *name;
+    const char *says;
+};
+
+/// A tool as data: its commands and what help and manual tell of it as a whole.
+struct tool_spec {
+    const char              *name;
+    const char              *summary; ///< behind "name: "
+    std::vector<command>   (*commands)(); ///< in the order of the help
+    std::vector<option_spec> (*common)(common_settings &into);
+    std::vector<explained>   exit_codes;
+    std::vector<explained>   environment;
+    const char              *usual = nullptr; ///< the command meant where the command line names none
+};
+
+/// Runs a tool from its command line to its exit code; its data stays apart from what the library prints.
+int run_tool(const tool_spec &tool, int argc, char **argv);
+
+/// The tool that runs, for messages.
+const tool_spec &running_tool();
 
 /// What the words on the command line ask for.
 struct request {
@@ -76,32 +98,10 @@ struct request {
 /// Fills the targets of the options.  Throws `failure` (exit_usage).
 request parse_command_line(int argc, char **argv, std::vector<command> &commands, std::vector<option_spec> &common);
 
-std::string help_text(const command &of, const std::vector<option_spec> &common);
-std::string overview_text(const std::vector<command> &commands, const std::vector<option_spec> &common);
-
-inline constexpr char tool_name[] = "solvane-host";
 inline constexpr char tool_version[] = "1.0.0";
 
-// One a file, cmd_<name>.cpp.
-command info_command();
-command domains_command();
-command types_command();
-command type_command();
-command enum_command();
-command messages_command();
-command message_command();
-command value_command();
-command record_command();
-command trace_command();
-command statements_command();
-command classify_command();
-command decode_command();
-command encode_command();
-command roundtrip_command();
-command peers_command();
-command convert_command();
-command check_command();
+// Every tool has these two.
 command completion_command();
 command man_command();
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -9,7 +9,7 @@
 
 #include "failure.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -359,4 +359,4 @@ std::vector<std::string_view> type_names(const domain &in)
     return names;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -5,7 +5,7 @@
 #include "failure.h"
 #include "text.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 session::session(common_settings chosen, data_stream &stream)
     : settings(std::move(chosen)), out(stream), paint(wants_colour(settings.colour, stream.is_terminal()))
@@ -67,9 +67,9 @@ int session::result() const
 
 void complain(const std::string &text)
 {
-    const std::string line = std::string(tool_name) + ": " + one_line(text) + "\n";
+    const std::string line = std::string(running_tool().name) + ": " + one_line(text) + "\n";
     /* Nothing can be done when standard error does not take it. */
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

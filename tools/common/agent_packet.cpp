@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -174,4 +174,4 @@ tt_msg_struct as_record(const layer_message &message, std::uint8_t entity)
     return record;
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -4,7 +4,7 @@
 #include "failure.h"
 #include "session.h"
 
-namespace solvane::host {
+namespace solvane::tools {
 
 namespace {
 
@@ -71,18 +71,29 @@ std::string value_cases(const std::vector<command> &commands, const std::vector<
     return out;
 }
 
+/* "_solvane_host" of solvane-host. */
+std::string function_name()
+{
+    std::string name = std::string("_") + running_tool().name;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
 std::string bash_script(const std::vector<command> &commands, const std::vector<option_spec> &common)
 {
     std::string names;
     std::string cases;
+    std::string usual; /* words of the command that need not be named */
     for (const auto &each : commands) {
         const bool files = !each.arguments.empty() && each.arguments[0].by == completes::file;
         names += (names.empty() ? "" : " ") + each.name;
         cases +=
             fmt::format("        {}) words=\"{}\"; files={} ;;\n", each.name, words_of(each.options), files ? 1 : 0);
+        usual = each.name == running_tool().usual ? " " + words_of(each.options) : usual;
     }
+    const std::string without = fmt::format("words=\"{}{}\"", names, usual);
     return fmt::format(R"(# bash completion of {0}; put it into a file that your ~/.bashrc sources
-_solvane_host()
+{5}()
 {{
     local current=${{COMP_WORDS[COMP_CWORD]}} previous=${{COMP_WORDS[COMP_CWORD-1]}} command= words= files=0 word
     local common="{1} -h --help -V --version"
@@ -92,14 +103,15 @@ _solvane_host()
     case "$previous" in
 {3}    esac
     case "$command" in
-{4}        *) words="{2}" ;;
+{4}        *) {6} ;;
     esac
     COMPREPLY=($(compgen -W "$words $common" -- "$current"))
     [ "$files" = 0 ] || COMPREPLY+=($(compgen -f -- "$current"))
 }}
-complete -F _solvane_host {0}
+complete -F {5} {0}
 )",
-                       tool_name, words_of(common), names, value_cases(commands, common), cases);
+                       running_tool().name, words_of(common), names, value_cases(commands, common), cases,
+                       function_name(), without);
 }
 
 int run(session &work, const shell_options &options)
@@ -108,7 +120,7 @@ int run(session &work, const shell_options &options)
         throw failure(exit_usage, fmt::format("no completion for {}: bash is known", options.shell));
     }
     common_settings settings;
-    work.out.write(bash_script(all_commands(), common_options(settings)));
+    work.out.write(bash_script(running_tool().commands(), running_tool().common(settings)));
     return exit_done;
 }
 
@@ -121,11 +133,12 @@ command completion_command()
         "completion",
         "a completion script for the shell",
         "",
-        {{"completion bash > ~/.local/share/bash-completion/completions/solvane-host", "from the next shell on"}},
+        {{fmt::format("completion bash > ~/.local/share/bash-completion/completions/{}", running_tool().name),
+          "from the next shell on"}},
         {{"SHELL", "bash", &options->shell}},
         {},
         [options](session &work) { return run(work, *options); },
     };
 }
 
-} // namespace solvane::host
+} // namespace solvane::tools

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace solvane::host {
+namespace solvane::tools {
 
 class byte_source {
 public:
@@ -48,4 +48,4 @@ std::string whole(byte_source from);
 /// that calls the octets `what` ("the message").
 std::vector<std::uint8_t> hex_words(const std::vector<std::string> &words, const char *what);
 
-} // namespace solvane::host
+} // namespace solvane::tools
