@@ -73,7 +73,7 @@ TEST(script, points_at_what_it_does_not_understand_and_goes_on)
         {"0.1 in", "memory:1:5: behind the time comes in, out or -, then what it is"},
         {"0.1 in packet", "memory:1:8: nothing behind packet"},
         {"0.1 in packet 0g", "memory:1:16: half an octet"},
-        {"0.1 in frame 00", "memory:1:8: frame: trace, words, message, packet and integers are known"},
+        {"0.1 in frame 00", "memory:1:8: frame: trace, words, message, packet, integers and note are known"},
         {"0.1 in trace \"x", "memory:1:14: a quote without end"},
         {"0.1 in trace 1 \"\\xg0\"", "memory:1:18: \\x wants two hex digits"},
         {"0.1 in trace nonsense", "memory:1:14: nonsense is no trace id: number, MODULE+n or file:line"},

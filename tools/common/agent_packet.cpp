@@ -50,20 +50,80 @@ private:
     bool                          short_ = false;
 };
 
-void put(octets &out, std::uint32_t value, unsigned size)
+void put_counted(octets &out, const octets &value)
+{
+    put_number(out, value.size(), 2);
+    out.insert(out.end(), value.begin(), value.end());
+}
+
+struct code_row {
+    std::int32_t code;
+    const char  *structure;
+};
+
+constexpr code_row reports[] = {
+    {MTA_TT_TRACE,              "mta_tt_trace_struct"},
+    {MTA_TT_LOG,                "mta_tt_log_struct"},
+    {MTA_TT_ASSERT_TBD,         "mta_tt_assert_tbd_struct"},
+    {MTA_TT_RESPONSE,           "mta_tt_resp_struct"},
+    {MTA_TT_ERROR,              "mta_tt_resp_struct"},
+    {MTA_TT_PRINT,              "mta_tt_print_struct"},
+    {MTA_TT_LOG_VAR,            "mta_tt_send_log_var_struct"},
+    {MTA_TT_OFFSIZE_RESP,       "mta_tt_offsize_resp_struct"},
+    {MTA_TT_GET_VAR_RESP,       "mta_tt_get_var_resp_struct"},
+    {MTA_TT_SET_VAR_RESP,       "mta_tt_resp_struct"},
+    {MTA_TT_GET_MSG_RESP,       "mta_tt_fun_call_resp_struct"},
+    {MTA_TT_CALL_FUNC_RESP,     "mta_tt_fun_call_resp_struct"},
+    {MTA_TT_GET_MUL_VAR_RESP,   "mta_tt_get_var_resp_struct"},
+    {MTA_TT_LOG_VAR_RESP,       "mta_tt_resp_struct"},
+    {MTA_TT_PROF_STATS_RESP,    "mta_tt_task_profiling_stats"},
+    {MTA_TT_VERSION_RESP,       "mta_string_struct"},
+    {MTA_TT_STACK_VERSION_RESP, "mta_string_struct"},
+    {MTA_TT_STACK_ABOUT_RESP,   "mta_string_struct"},
+    {MTA_TT_TRACEID,            "mta_tt_traceid_struct"},
+};
+
+/* Commands with more than their code; all others have the structure of a bare command. */
+constexpr code_row commands[] = {
+    {MTA_TT_GET_VAR_REQ,     "mta_tt_get_var_req_struct"},
+    {MTA_TT_SET_VAR_REQ,     "mta_tt_set_var_req_struct"},
+    {MTA_TT_CALL_FUNC_REQ,   "mta_tt_fun_call_struct"},
+    {MTA_TT_INJECT_MESG,     "mta_tt_inject_struct"},
+    {MTA_TT_TRACE_SAP,       "mta_tt_trace_trap_struct"},
+    {MTA_TT_TRACE_MSG,       "mta_tt_trace_trap_struct"},
+    {MTA_TT_TRACE_MOD,       "mta_tt_trace_mod_struct"},
+    {MTA_TT_TRAP_SAP,        "mta_tt_trace_trap_struct"},
+    {MTA_TT_TRAP_MSG,        "mta_tt_trace_trap_struct"},
+    {MTA_TT_SET_LOG,         "mta_tt_log_settings_struct"},
+    {MTA_TT_GET_MUL_VAR_REQ, "mta_tt_get_var_req_struct"},
+    {MTA_TT_LOG_VAR_REQ,     "mta_tt_logvar_cmd_struct"},
+};
+
+const char *structure_of(std::span<const code_row> rows, std::uint8_t code)
+{
+    const auto row = std::find_if(rows.begin(), rows.end(), [code](const code_row &each) { return each.code == code; });
+    return row != rows.end() ? row->structure : nullptr;
+}
+
+} // namespace
+
+const char *report_struct(std::uint8_t code)
+{
+    return structure_of(reports, code);
+}
+
+const char *command_struct(std::uint8_t code)
+{
+    const char *own = structure_of(commands, code);
+    return own != nullptr || code >= MTA_NUM_OF_COMMANDS ? own : "mta_tt_cmd_struct";
+}
+
+void put_number(octets &out, std::uint64_t value, unsigned size)
 {
     for (unsigned i = size; i-- > 0;) {
         out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
     }
 }
-
-void put_counted(octets &out, const octets &value)
-{
-    put(out, static_cast<std::uint32_t>(value.size()), 2);
-    out.insert(out.end(), value.begin(), value.end());
-}
-
-} // namespace
 
 std::optional<string_trace> parse_string_trace(std::span<const std::uint8_t> body, std::string &complaint)
 {
@@ -104,8 +164,8 @@ octets make_string_trace(std::uint32_t id, std::span<const std::string> argument
         texts.insert(texts.end(), argument.begin(), argument.end());
         texts.push_back(argument_end);
     }
-    put(packet, id, 4);
-    put(packet, static_cast<std::uint32_t>(texts.size()), 4);
+    put_number(packet, id, 4);
+    put_number(packet, static_cast<std::uint32_t>(texts.size()), 4);
     packet.insert(packet.end(), texts.begin(), texts.end());
     return packet;
 }
@@ -138,16 +198,16 @@ std::optional<layer_message> parse_layer_message(std::span<const std::uint8_t> b
 octets make_layer_message(const layer_message &message)
 {
     octets packet = {report_trace, 0};
-    put(packet, message.frame_number, 4);
-    put(packet, message.src_mod_id, 1);
-    put(packet, message.dest_mod_id, 1);
-    put(packet, message.sap_id, 1);
-    put(packet, message.msg_id, 2);
-    put(packet, 1, 1); /* one reference */
+    put_number(packet, message.frame_number, 4);
+    put_number(packet, message.src_mod_id, 1);
+    put_number(packet, message.dest_mod_id, 1);
+    put_number(packet, message.sap_id, 1);
+    put_number(packet, message.msg_id, 2);
+    put_number(packet, 1, 1); /* one reference */
     put_counted(packet, message.local_params);
     put_counted(packet, message.peer);
-    put(packet, 1, 1);
-    put(packet, 0, 3);
+    put_number(packet, 1, 1);
+    put_number(packet, 0, 3);
     return packet;
 }
 

@@ -1,5 +1,6 @@
-// The packets that host and agent exchange, as far as this tool reads and makes them: one octet, the report or
-// command code, then the body.  Numbers in a body go most significant octet first.  See docs/recordings.md.
+// The packets that host and agent exchange: one octet, the report or command code, then the body, which is the wire
+// form of the structure that belongs to the code.  Numbers in a body go most significant octet first.  Traces and
+// inter-layer messages are read and made here, all other bodies by wire_form.h.  See docs/recordings.md.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +9,26 @@
 #include <string>
 #include <vector>
 
+#include "mta_service_def.h"
 #include "solvane/solvane.h"
 #include "text.h"
 
 namespace solvane::tools {
 
 enum report_code : std::uint8_t {
-    report_trace = 0,     ///< an inter-layer message
-    report_trace_id = 18, ///< a trace statement with its arguments as text
+    report_trace = MTA_TT_TRACE,      ///< an inter-layer message
+    report_trace_id = MTA_TT_TRACEID, ///< a trace statement with its arguments as text
+    /// A trace statement with its arguments as words.  The target's list has no code for this layout, so the one
+    /// behind its last is taken; the body is the layout itself.
+    report_trace_words = MTA_NUM_OF_RESPS,
 };
+
+/// The structure behind a code octet, or null for a code that there is none of.
+const char *report_struct(std::uint8_t code);
+const char *command_struct(std::uint8_t code);
+
+/// Numbers appended to a body, most significant octet first; `size` in octets.
+void put_number(octets &out, std::uint64_t value, unsigned size);
 
 /// The string layout of a trace: id, count of argument octets, argument texts each ended by an octet 1.
 struct string_trace {

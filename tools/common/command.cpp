@@ -213,7 +213,7 @@ std::vector<std::string> words_of(int argc, char **argv, const std::vector<comma
     const bool               named = std::any_of(commands.begin(), commands.end(),
                                                  [&](const command &each) { return each.name == first; });
     const bool asks = first == "-h" || first == "--help" || first == "-V" || first == "--version";
-    if (running_tool().usual != nullptr && !named && !asks) {
+    if (!running_tool().usual.empty() && !named && !asks) {
         words.insert(words.begin(), running_tool().usual);
     }
     return words;

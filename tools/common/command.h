@@ -80,7 +80,7 @@ struct tool_spec {
     std::vector<option_spec> (*common)(common_settings &into);
     std::vector<explained>   exit_codes;
     std::vector<explained>   environment;
-    const char              *usual = nullptr; ///< the command meant where the command line names none
+    std::string              usual = {}; ///< the command meant where the command line names none
 };
 
 /// Runs a tool from its command line to its exit code; its data stays apart from what the library prints.

@@ -79,7 +79,7 @@ int run(session &work)
         fmt::format(".TH {} 1 \"\" \"{} {}\" \"User Commands\"\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n.B {}\n{}"
                     "[\\fIarguments\\fR] [\\fIoptions\\fR]\n.SH COMMANDS\n",
                     title, name, roff(tool_version), name, roff(tool.summary), name,
-                    tool.usual != nullptr ? "[\\fIcommand\\fR]\n" : ".I command\n");
+                    !tool.usual.empty() ? "[\\fIcommand\\fR]\n" : ".I command\n");
     for (const auto &each : tool.commands()) {
         out += command_entry(each);
     }

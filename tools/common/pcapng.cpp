@@ -104,7 +104,7 @@ void pcapng_writer::interface(std::uint16_t link_type, std::string_view name, st
 }
 
 void pcapng_writer::packet(std::uint32_t interface, std::int64_t time, direction way,
-                           std::span<const std::uint8_t> octets)
+                           std::span<const std::uint8_t> octets, std::string_view comment)
 {
     std::string body;
     const auto  units = static_cast<std::uint64_t>(time);
@@ -116,10 +116,13 @@ void pcapng_writer::packet(std::uint32_t interface, std::int64_t time, direction
     put_word(body, length);
     body.append(octets.begin(), octets.end());
     pad(body);
+    put_text_option(body, opt_comment, comment);
     if (way != direction::unknown) {
         std::string flags;
         put_word(flags, static_cast<std::uint32_t>(way));
         put_option(body, epb_flags, flags);
+    }
+    if (way != direction::unknown || !comment.empty()) {
         put_option(body, opt_end, "");
     }
     block(enhanced_packet, body);
@@ -270,7 +273,9 @@ pcapng_packet pcapng_reader::enhanced(const raw_block &block) const
     const std::size_t length = word(body, 12);
     packet.original_length = word(body, 16);
     packet.octets.assign(body.begin() + 20, body.begin() + 20 + static_cast<std::ptrdiff_t>(length));
-    if (const auto flags = option(block, 20 + (length + 3) / 4 * 4, epb_flags); flags && flags->size() == 4) {
+    const std::size_t options = 20 + (length + 3) / 4 * 4;
+    packet.comment = option(block, options, opt_comment).value_or("");
+    if (const auto flags = option(block, options, epb_flags); flags && flags->size() == 4) {
         const std::uint32_t way = word(*flags, 0) & 3;
         packet.way = way == 3 ? direction::unknown : static_cast<direction>(way);
     }

@@ -28,7 +28,9 @@ public:
     void section(std::string_view application, std::string_view comment);
     /// The next interface, with times in nanoseconds.
     void interface(std::uint16_t link_type, std::string_view name, std::string_view description);
-    void packet(std::uint32_t interface, std::int64_t time, direction way, std::span<const std::uint8_t> octets);
+    /// `comment` is left out when it is empty.
+    void packet(std::uint32_t interface, std::int64_t time, direction way, std::span<const std::uint8_t> octets,
+                std::string_view comment = {});
 
 private:
     void block(std::uint32_t type, std::string_view body);
@@ -44,6 +46,7 @@ struct pcapng_packet {
     direction                   way = direction::unknown;
     std::uint32_t               original_length = 0;
     std::vector<std::uint8_t>   octets;
+    std::string                 comment;
 };
 
 /// A fault in the file; what() names the offset.

@@ -56,6 +56,10 @@ private:
         out.time = found.time;
         out.way = found.way;
         out.kind = kind_of(found.link_type);
+        if (out.kind == packet_kind::agent && found.octets.empty() && !found.comment.empty()) {
+            out.kind = packet_kind::note;
+            out.note = std::move(found.comment);
+        }
         if (found.octets.size() < found.original_length) {
             out.complaint = fmt::format("recorded only in part, {} of {} octets", found.octets.size(),
                                         found.original_length);
@@ -153,7 +157,8 @@ bool recording_writer::write(const packet &what)
         return false;
     }
     const bool integers = what.kind == packet_kind::integers;
-    writer_.packet(integers ? interface_integers : interface_agent, what.time.value_or(0), what.way, what.content);
+    writer_.packet(integers ? interface_integers : interface_agent, what.time.value_or(0), what.way, what.content,
+                   what.note);
     return true;
 }
 

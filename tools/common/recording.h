@@ -18,6 +18,7 @@ namespace solvane::tools {
 enum class packet_kind {
     agent,    ///< code octet and body
     integers, ///< a trace in integer layout, with no code octet
+    note,     ///< what became of the connection, in `note`; no octets
     other     ///< of an interface that is not ours
 };
 
@@ -27,6 +28,7 @@ struct packet {
     direction                   way = direction::unknown;
     packet_kind                 kind = packet_kind::agent;
     octets                      content;
+    std::string                 note;
     std::string                 complaint;  ///< not empty: no packet could be made of this place
 };
 
@@ -45,7 +47,7 @@ using plugin_provider = std::function<const plugin &()>;
 std::unique_ptr<packet_source> open_recording(const std::string &path, plugin_provider names);
 std::unique_ptr<packet_source> read_recording(byte_source from, plugin_provider names);
 
-/// Writes packets as pcapng: interface 0 agent packets, 1 what was decoded, 2 integer traces.
+/// Writes packets as pcapng: interface 0 agent packets and notes, 1 what was decoded, 2 integer traces.
 class recording_writer {
 public:
     recording_writer(pcapng_writer::sink to, const std::string &tool, const std::string &baseline);

@@ -241,12 +241,15 @@ void fill(packet &out, const std::vector<token> &tokens, std::size_t at, const p
         out.content = layer_message_of(tokens, at + 1, names);
     } else if (kind == "packet") {
         out.content = hex_of(tokens, at + 1);
+    } else if (kind == "note") {
+        out.kind = packet_kind::note;
+        out.note = tokens[at + 1].text;
     } else if (kind == "integers") {
         out.kind = packet_kind::integers;
         out.content = hex_of(tokens, at + 1);
     } else {
         throw bad_line{tokens[at].column,
-                       fmt::format("{}: trace, words, message, packet and integers are known", kind)};
+                       fmt::format("{}: trace, words, message, packet, integers and note are known", kind)};
     }
 }
 
@@ -367,7 +370,9 @@ std::optional<packet> script_reader::next()
 std::string script_line(const packet &what, std::int64_t start, const plugin *names)
 {
     std::string body;
-    if (what.kind == packet_kind::integers) {
+    if (what.kind == packet_kind::note) {
+        body = "note " + quoted(what.note);
+    } else if (what.kind == packet_kind::integers) {
         body = integer_trace_text(what.content, names);
         body = body.empty() ? "integers " + to_hex(what.content) : body;
     } else if (!what.content.empty() && what.content[0] == report_trace_id && what.way != direction::out) {

@@ -5,6 +5,7 @@
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
+#include "message_tree.h"
 #include "peer_message.h"
 #include "print.h"
 #include "session.h"
@@ -27,7 +28,6 @@ struct subject {
     std::string        name;
     octets             message;
     const packet      *from = nullptr; ///< of a recording, or null
-    const tt_peer_row *row = nullptr;
 };
 
 const char *error_word(const PerError &error)
@@ -35,38 +35,15 @@ const char *error_word(const PerError &error)
     return error.code == 0 ? "none" : error.code == 1 ? "soft" : "hard";
 }
 
-/* In words what is not as it should be, or nothing. */
-std::string remarks_on(const subject &about, const decoded_message &found)
+void show(session &work, const subject &about, const message_tree &found, time_format &times)
 {
-    std::string out;
-    const auto  add = [&](const std::string &text) { out.append(out.empty() ? "" : ", ").append(text); };
-    if (found.error.code != 0) {
-        add(found.error.code == 1 ? "a value outside its range" : "broken off");
-    }
-    if (found.error.must_understand != 0) {
-        add("an unknown element that has to be understood");
-    }
-    if (found.octets_used < about.message.size()) {
-        add(fmt::format("{} of {} octets used", found.octets_used, about.message.size()));
-    } else if (found.octets_used > about.message.size()) {
-        add(fmt::format("{} octets wanted, {} there", found.octets_used, about.message.size()));
-    }
-    return out;
-}
-
-void show(session &work, const subject &about, const found_type &described, const decoded_message &found,
-          time_format &times)
-{
-    const auto        memory = found.memory(*about.row);
-    const value_node  value = read_value(work.started(), *described.in, described.use, memory, memory::live);
-    const std::string remarks = remarks_on(about, found);
     if (!work.settings.json) {
         work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) +
                   " " +
-                  work.paint(ink::note, fmt::format("/* {}, {} */", described.in->name,
+                  work.paint(ink::note, fmt::format("/* {}, {} */", found.in->name,
                                                     counted(about.message.size(), "octet"))) +
-                  (remarks.empty() ? "" : "  " + work.paint(ink::bad, remarks)));
-        print_value(work, value);
+                  (found.remarks.empty() ? "" : "  " + work.paint(ink::bad, found.remarks)));
+        print_value(work, found.value);
         return;
     }
     json out = json_object("decoded");
@@ -76,34 +53,32 @@ void show(session &work, const subject &about, const found_type &described, cons
     if (about.from != nullptr && about.from->time) {
         out["time_ns"] = *about.from->time;
     }
-    out["domain"] = json_enum(described.in->number, described.in->name);
+    out["domain"] = json_enum(found.in->number, found.in->name);
     out["struct"] = about.name;
     out["message"] = to_hex(about.message);
     out["octets_used"] = found.octets_used;
     out["error"] = json_enum(found.error.code, error_word(found.error));
     out["must_understand"] = found.error.must_understand != 0;
-    out["value"] = json_value(value);
+    out["value"] = json_value(found.value);
     work.line(json_line(out));
 }
 
 /* False when the library died on it. */
 bool decode(session &work, const subject &about, bool isolate, time_format &times)
 {
-    const auto described = describing_type(work, about.name);
-    if (!described) {
+    const message_tree found = tree_of(work, about.name, about.message, isolate);
+    if (found.in == nullptr) {
         work.finding(fmt::format("{} is in no dictionary", about.name));
         return true;
     }
-    const decoded_message found = decode_peer(*about.row, about.message, isolate);
     if (found.died) {
         work.finding(fmt::format("the library died on a {}: {}", about.name, to_hex(about.message)));
         return false;
     }
-    if (!remarks_on(about, found).empty()) {
+    if (!found.remarks.empty()) {
         work.note_finding();
     }
-    show(work, about, *described, found, times);
-    release_memory();
+    show(work, about, found, times);
     return true;
 }
 
@@ -129,12 +104,11 @@ bool decode_packet(session &work, const packet &what, std::uint8_t entity, const
     if (found.name.empty()) {
         return true;
     }
-    const tt_peer_row *row = peer_row(work.started(), found.name);
-    if (row == nullptr) {
+    if (peer_row(work.started(), found.name) == nullptr) {
         work.finding(fmt::format("packet {}: no codec for {}", what.number, found.name));
         return true;
     }
-    return decode(work, {found.name, message->peer, &what, row}, options.isolate, times);
+    return decode(work, {found.name, message->peer, &what}, options.isolate, times);
 }
 
 int run_recording(session &work, const decode_options &options)
@@ -161,9 +135,9 @@ int run(session &work, const decode_options &options)
     if (options.name.empty()) {
         throw failure(exit_usage, "give a structure and its octets, or -r and a recording");
     }
+    find_peer_row(work, options.name);
     time_format   times("none");
-    const subject about = {options.name, hex_words(options.words, "the message"), nullptr,
-                           &find_peer_row(work, options.name)};
+    const subject about = {options.name, hex_words(options.words, "the message")};
     return decode(work, about, options.isolate, times) ? work.result() : exit_decoder_died;
 }
 

@@ -103,7 +103,7 @@ int run(session &work, const statements_options &options)
     for (std::uint32_t i = 0; i < db.total; ++i) {
         tsc_trace_full_info full = {};
         info.tsc_trace_lookup_full(db.db[i].trace_id, &full);
-        if (filter.passes(db.db[i].trace_id, full.mod_name, full.file, full.trace_format)) {
+        if (filter.passes({db.db[i].trace_id, {full.mod_name}, full.file, full.trace_format})) {
             show(work, db.db[i].trace_id, full);
             any = true;
         }

@@ -9,13 +9,11 @@
 #include "session.h"
 #include "times.h"
 #include "trace_filter.h"
-#include "trace_line.h"
+#include "trace_print.h"
 
 namespace solvane::tools {
 
 namespace {
-
-constexpr std::size_t module_column = 8;
 
 struct trace_options {
     std::string                  file;
@@ -36,26 +34,6 @@ struct statement_count {
     std::string   format;
 };
 
-const char *direction_word(direction way)
-{
-    return way == direction::in ? "in" : way == direction::out ? "out" : "unknown";
-}
-
-std::string place_text(const trace_line &line)
-{
-    return line.file.empty() ? "" : fmt::format("({}:{})", line.file, line.line);
-}
-
-/* One record a line: the newlines that formats end in are dropped, others are shown as \n. */
-std::string text_of(const trace_line &line)
-{
-    std::string text = line.text;
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
-        text.pop_back();
-    }
-    return one_line(text);
-}
-
 class trace_run {
 public:
     trace_run(session &work, const trace_options &options)
@@ -70,7 +48,6 @@ private:
     void take(const packet &what);
     void bad_frame(const packet &what, const std::string &why);
     void show(const packet &what, const trace_line &line);
-    void show_json(const packet &what, const trace_line &line);
     void count(const trace_line &line);
     void show_counts();
     bool enough() const { return options_.count && shown_ >= *options_.count; }
@@ -90,68 +67,16 @@ void trace_run::bad_frame(const packet &what, const std::string &why)
 {
     ++bad_;
     work_.note_finding();
-    if (options_.stats) {
-        return;
+    if (!options_.stats) {
+        work_.line(work_.settings.json ? json_line(bad_packet_json("trace", what, why))
+                                       : bad_packet_line(work_, times_.text(what.time), what, why));
     }
-    if (work_.settings.json) {
-        json out = json_object("trace");
-        out["packet"] = what.number;
-        if (what.time) {
-            out["time_ns"] = *what.time;
-        }
-        out["error"] = why;
-        out["octets"] = to_hex(what.content);
-        work_.line(json_line(out));
-    } else {
-        work_.line(times_.text(what.time) + work_.paint.padded(ink::bad, "?", module_column) + "  " +
-                   work_.paint(ink::bad, fmt::format("bad frame: {}", why)) +
-                   work_.paint(ink::note, fmt::format("  (packet {})", what.number)));
-    }
-}
-
-void trace_run::show_json(const packet &what, const trace_line &line)
-{
-    json out = json_object("trace");
-    out["packet"] = what.number;
-    if (what.time) {
-        out["time_ns"] = *what.time;
-    }
-    out["direction"] = json_enum(static_cast<int>(what.way), direction_word(what.way));
-    out["layout"] = what.kind == packet_kind::integers ? "integer" : "string";
-    out["id"] = line.id;
-    if (line.known) {
-        out["module"] = json_enum(line.module_row, line.module);
-    }
-    out["text"] = line.text;
-    if (line.known) {
-        out["file"] = line.file;
-        out["line"] = line.line;
-    } else {
-        out["error"] = "unknown trace id";
-    }
-    json arguments = json::array();
-    for (const auto &argument : line.arguments) {
-        arguments.push_back(argument.name.empty() ? json(argument.value)
-                                                  : json{{"name", argument.name}, {"value", argument.value}});
-    }
-    out["args"] = arguments;
-    work_.line(json_line(out));
 }
 
 void trace_run::show(const packet &what, const trace_line &line)
 {
-    if (work_.settings.json) {
-        show_json(what, line);
-        return;
-    }
-    const std::string module =
-        line.known ? work_.paint.padded(ink::module, line.module, module_column)
-                   : work_.paint.padded(ink::bad, fmt::format("{:#010x}", line.id), module_column);
-    const std::string text = text_of(line);
-    const std::string place = place_text(line);
-    const bool        whole = line.known && !line.wrong_count;
-    work_.line(times_.text(what.time) + module + "  " + (whole ? text : work_.paint(ink::bad, text)) +
-               (place.empty() ? "" : "  " + work_.paint(ink::note, place)));
+    work_.line(work_.settings.json ? json_line(trace_json(what, line))
+                                   : trace_text(work_, times_.text(what.time), line));
 }
 
 void trace_run::count(const trace_line &line)
@@ -186,7 +111,7 @@ void trace_run::take(const packet &what)
     if (line->text.empty() && !line->known) {
         return;
     }
-    if (!filter_.passes(line->id, line->module, line->file, line->text)) {
+    if (!filter_.passes({line->id, {line->module}, line->file, line->text})) {
         return;
     }
     unknown_ += line->known ? 0 : 1;

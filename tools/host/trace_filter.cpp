@@ -19,7 +19,8 @@ bool name_fits(std::string_view name, const std::string &pattern)
 }
 
 /* A misspelt module would silently leave nothing, or everything; names with wildcards may fit none. */
-void check_modules(const std::vector<std::string> &wanted, const tsc_db_info_struct &db)
+void check_modules(const std::vector<std::string> &wanted, const tsc_db_info_struct &db,
+                   const std::vector<std::string> &more)
 {
     for (const auto &word : wanted) {
         suggestions near(word);
@@ -27,6 +28,10 @@ void check_modules(const std::vector<std::string> &wanted, const tsc_db_info_str
         for (std::uint32_t i = 0; i < db.mod_num; ++i) {
             known = known || name_fits(db.mod_list[i].mod_name, word);
             near.offer(db.mod_list[i].mod_name);
+        }
+        for (const auto &name : more) {
+            known = known || name_fits(name, word);
+            near.offer(name);
         }
         if (!known) {
             throw failure(exit_findings, fmt::format("no trace module {}{}", word, near.text()));
@@ -97,26 +102,29 @@ struct trace_filter::parts {
     std::vector<std::regex>  texts, not_texts;
 };
 
-trace_filter::trace_filter(const trace_filter_words &words, const plugin &loaded)
+trace_filter::trace_filter(const trace_filter_words &words, const plugin &loaded, const std::vector<std::string> &more)
     : parts_(std::make_shared<parts>(parts{words.modules, words.not_modules, words.files, words.not_files,
                                            ranges_of(words.ids), ranges_of(words.not_ids), patterns_of(words.texts),
                                            patterns_of(words.not_texts)}))
 {
-    check_modules(words.modules, *loaded.info->tsc_db_get());
-    check_modules(words.not_modules, *loaded.info->tsc_db_get());
+    check_modules(words.modules, *loaded.info->tsc_db_get(), more);
+    check_modules(words.not_modules, *loaded.info->tsc_db_get(), more);
 }
 
-bool trace_filter::passes(std::uint32_t id, std::string_view module, std::string_view file,
-                          std::string_view text) const
+bool trace_filter::passes(const filter_subject &what) const
 {
-    const auto name_is = [](std::string_view name) {
-        return [name](const std::string &p) { return name_fits(name, p); };
+    const auto module_is = [&](const std::string &p) {
+        return std::any_of(what.modules.begin(), what.modules.end(),
+                           [&](std::string_view name) { return name_fits(name, p); });
     };
-    const auto in_range = [id](const id_range &r) { return r.first <= id && id <= r.last; };
-    const auto found_by = [text](const std::regex &re) { return std::regex_search(text.begin(), text.end(), re); };
+    const auto file_is = [&](const std::string &p) { return name_fits(what.file, p); };
+    const auto in_range = [&](const id_range &r) { return what.id && r.first <= *what.id && *what.id <= r.last; };
+    const auto found_by = [&](const std::regex &re) {
+        return std::regex_search(what.text.begin(), what.text.end(), re);
+    };
     return selects(parts_->ids, parts_->not_ids, in_range) &&
-           selects(parts_->modules, parts_->not_modules, name_is(module)) &&
-           selects(parts_->files, parts_->not_files, name_is(file)) &&
+           selects(parts_->modules, parts_->not_modules, module_is) &&
+           selects(parts_->files, parts_->not_files, file_is) &&
            selects(parts_->texts, parts_->not_texts, found_by);
 }
 

@@ -119,6 +119,7 @@ trace_line string_line(const plugin &loaded, std::span<const std::uint8_t> body,
 trace_line integer_line(const plugin &loaded, std::span<const std::uint8_t> body, bool isolate)
 {
     trace_line               line;
+    line.integer_layout = true;
     std::vector<std::string> values;
     const std::size_t        words = body.size() / 4;
     if (body.empty() || body.size() % 4 != 0) {
@@ -168,6 +169,9 @@ std::optional<trace_line> decode_trace(const plugin &loaded, const packet &what,
     const bool report = what.kind == packet_kind::agent && what.way != direction::out;
     if (report && !content.empty() && content[0] == report_trace_id) {
         return string_line(loaded, content.subspan(1), isolate_all);
+    }
+    if (report && !content.empty() && content[0] == report_trace_words) {
+        return integer_line(loaded, content.subspan(1), isolate_all);
     }
     return std::nullopt;
 }

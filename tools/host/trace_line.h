@@ -20,6 +20,7 @@ struct trace_argument {
 
 struct trace_line {
     std::uint32_t               id = 0;
+    bool                        integer_layout = false;
     bool                        known = false;
     std::string                 text;      ///< as the library answers it, error words included
     std::string                 complaint; ///< not empty: the packet holds no whole trace
