@@ -26,13 +26,16 @@ sockaddr_in ipv4(in_addr_t address, std::uint16_t port)
     return to;
 }
 
+/// True in a thread that may be asked to end: it never waits inside a socket call, but in wait_ready.
+bool interruptible()
+{
+    return pf_thread_wake_descriptor() >= 0;
+}
+
 /// Waits until the socket is ready for `events`; false, with ECANCELED, when the thread was asked to end.
 bool wait_ready(int socket, short events)
 {
-    const int wake = pf_thread_wake_descriptor();
-    if (wake < 0)
-        return true; // not a reader: the call itself may block
-    pollfd watched[] = {{socket, events, 0}, {wake, POLLIN, 0}};
+    pollfd watched[] = {{socket, events, 0}, {pf_thread_wake_descriptor(), POLLIN, 0}};
     for (;;) {
         const int ready = poll(watched, 2, -1);
         if (ready < 0 && errno == EINTR)
@@ -45,7 +48,17 @@ bool wait_ready(int socket, short events)
     }
 }
 
-/// Completes a connect that was started without blocking.
+/// Sets or clears O_NONBLOCK; keeps errno.
+void set_blocking(int socket, bool blocking)
+{
+    const int failure = errno;
+    const int flags = fcntl(socket, F_GETFL);
+    if (flags >= 0)
+        fcntl(socket, F_SETFL, blocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK);
+    errno = failure;
+}
+
+/// Completes a connect that is under way.
 bool finish_connect(int socket)
 {
     if (!wait_ready(socket, POLLOUT))
@@ -56,6 +69,32 @@ bool finish_connect(int socket)
         return false;
     errno = failure;
     return failure == 0;
+}
+
+/// Takes back a connect that is under way, so that the socket can connect anew; keeps errno.
+void call_off_connect(int socket)
+{
+    const int failure = errno;
+    sockaddr  nobody{};
+    nobody.sa_family = AF_UNSPEC;
+    connect(socket, &nobody, sizeof nobody);
+    errno = failure;
+}
+
+/// Repeats a transfer that a signal cut off, and in a thread that may be asked to end also one that found the socket
+/// not ready for `events`.  Transfers meet data and room most of the time, and the wait costs a second call, so it
+/// comes only where there is none.
+template <typename Call> std::int32_t transfer(int socket, short events, Call call)
+{
+    const int flags = interruptible() ? MSG_DONTWAIT : 0;
+    for (;;) {
+        const ssize_t moved = call(flags);
+        if (moved >= 0)
+            return static_cast<std::int32_t>(moved);
+        const bool not_ready = flags != 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+        if (not_ready ? !wait_ready(socket, events) : errno != EINTR)
+            return -1;
+    }
 }
 
 } // namespace
@@ -91,44 +130,44 @@ bool pf_socket_listen(int socket, int backlog)
 
 int pf_socket_accept(int socket)
 {
-    for (;;) {
-        if (!wait_ready(socket, POLLIN))
-            return -1;
-        const int caller = accept4(socket, nullptr, nullptr, SOCK_CLOEXEC);
-        if (caller >= 0 || errno != EINTR)
-            return caller;
-    }
+    // A caller may be gone between the wait and the accept, so that the accept must not block either.
+    const bool waits = interruptible();
+    if (waits)
+        set_blocking(socket, false);
+    int caller = -1;
+    do
+        caller = accept4(socket, nullptr, nullptr, SOCK_CLOEXEC);
+    while (caller < 0 &&
+           (errno == EINTR || (waits && (errno == EAGAIN || errno == EWOULDBLOCK) && wait_ready(socket, POLLIN))));
+    if (waits)
+        set_blocking(socket, true);
+    return caller;
 }
 
 bool pf_socket_connect(int socket, const char *address, std::uint16_t port)
 {
     const sockaddr_in to = ipv4(inet_addr(address), port);
-    const int         flags = fcntl(socket, F_GETFL);
-    const bool        interruptible = pf_thread_wake_descriptor() >= 0;
-    if (interruptible && fcntl(socket, F_SETFL, flags | O_NONBLOCK) != 0)
-        return false;
+    const bool        waits = interruptible();
+    if (waits)
+        set_blocking(socket, false);
     bool connected = connect(socket, reinterpret_cast<const sockaddr *>(&to), sizeof to) == 0;
-    if (!connected && errno == EINPROGRESS)
+    if (!connected && (errno == EINPROGRESS || errno == EINTR)) // a signal does not end it either
         connected = finish_connect(socket);
-    const int failure = errno;
-    if (interruptible)
-        fcntl(socket, F_SETFL, flags);
-    errno = failure;
+    if (!connected && errno == ECANCELED)
+        call_off_connect(socket);
+    if (waits)
+        set_blocking(socket, true);
     return connected;
 }
 
 std::int32_t pf_socket_receive(int socket, std::uint8_t *buffer, std::uint32_t size)
 {
-    // Readers meet data most of the time, and the wait costs a second call, so it comes only where there is none.
-    ssize_t received = recv(socket, buffer, size, pf_thread_wake_descriptor() < 0 ? 0 : MSG_DONTWAIT);
-    while (received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) && wait_ready(socket, POLLIN))
-        received = recv(socket, buffer, size, MSG_DONTWAIT);
-    return static_cast<std::int32_t>(received);
+    return transfer(socket, POLLIN, [=](int flags) { return recv(socket, buffer, size, flags); });
 }
 
 std::int32_t pf_socket_send(int socket, const std::uint8_t *data, std::uint32_t size)
 {
-    return static_cast<std::int32_t>(send(socket, data, size, MSG_NOSIGNAL));
+    return transfer(socket, POLLOUT, [=](int flags) { return send(socket, data, size, flags | MSG_NOSIGNAL); });
 }
 
 int pf_socket_select(const int *sockets, bool *ready, std::uint32_t count, std::uint32_t microseconds)
@@ -141,11 +180,18 @@ int pf_socket_select(const int *sockets, bool *ready, std::uint32_t count, std::
     const int      found = ppoll(watched, used, &limit, nullptr);
     for (std::uint32_t n = 0; n < count; ++n)
         ready[n] = found > 0 && n < used && sockets[n] >= 0 && watched[n].revents != 0;
+    for (std::uint32_t n = 0; n < used; ++n)
+        if (found > 0 && (watched[n].revents & POLLNVAL) != 0) {
+            errno = EBADF; // one closed socket fails the whole wait
+            return -1;
+        }
     return found;
 }
 
 void pf_socket_close(int socket)
 {
+    // A thread that waits on the socket would keep the connection up, were it only closed.
+    shutdown(socket, SHUT_RDWR);
     close(socket);
 }
 

@@ -18,14 +18,18 @@ struct pf_thread {
     int               wake;           // eventfd, readable once a stop was asked for
     std::atomic<int>  holders{2};
     std::atomic<bool> stopping{false};
-    pthread_mutex_t   lock = PTHREAD_MUTEX_INITIALIZER; // guards the two below
+    pthread_mutex_t   lock = PTHREAD_MUTEX_INITIALIZER; // guards what is below
     pthread_cond_t    changed = PTHREAD_COND_INITIALIZER;
     bool              away = false;  // in foreign code
     bool              ended = false;
+    pf_mutex         *wanted = nullptr; // that it waits for, so that a stop can call it off
 };
 
+// Held or not, and who waits is told: a waiting thread can then be asked to end.
 struct pf_mutex {
-    pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER; // guards `held`, for moments only
+    pthread_cond_t  freed = PTHREAD_COND_INITIALIZER;
+    bool            held = false;
 };
 
 namespace {
@@ -48,6 +52,30 @@ void set_away(pf_thread *thread, bool away)
     thread->away = away;
     pthread_cond_broadcast(&thread->changed);
     pthread_mutex_unlock(&thread->lock);
+}
+
+void set_wanted(pf_mutex *mutex)
+{
+    if (self == nullptr)
+        return;
+    pthread_mutex_lock(&self->lock);
+    self->wanted = mutex;
+    pthread_mutex_unlock(&self->lock);
+}
+
+/// Wakes a thread that waits in poll or for a mutex.
+void wake_up(pf_thread *thread)
+{
+    const std::uint64_t            one = 1;
+    [[maybe_unused]] const ssize_t written = write(thread->wake, &one, sizeof one);
+    pthread_mutex_lock(&thread->lock);
+    pf_mutex *const wanted = thread->wanted;
+    pthread_mutex_unlock(&thread->lock);
+    if (wanted != nullptr) {
+        pthread_mutex_lock(&wanted->lock);
+        pthread_cond_broadcast(&wanted->freed);
+        pthread_mutex_unlock(&wanted->lock);
+    }
 }
 
 void *run(void *argument)
@@ -95,8 +123,7 @@ pf_thread *pf_thread_start(void (*entry)(void *argument), void *argument, std::u
 void pf_thread_stop(pf_thread *thread)
 {
     thread->stopping.store(true, std::memory_order_release);
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(thread->wake, &one, sizeof one);
+    wake_up(thread);
     if (thread != self) {
         pthread_mutex_lock(&thread->lock);
         while (!thread->ended && !thread->away)
@@ -142,10 +169,21 @@ pf_mutex *pf_mutex_create()
 
 bool pf_mutex_take(pf_mutex *mutex)
 {
-    return pthread_mutex_lock(&mutex->lock) == 0;
+    set_wanted(mutex);
+    pthread_mutex_lock(&mutex->lock);
+    while (mutex->held && !pf_thread_stopping())
+        pthread_cond_wait(&mutex->freed, &mutex->lock);
+    const bool taken = !mutex->held;
+    mutex->held = true;
+    pthread_mutex_unlock(&mutex->lock);
+    set_wanted(nullptr);
+    return taken;
 }
 
 void pf_mutex_release(pf_mutex *mutex)
 {
+    pthread_mutex_lock(&mutex->lock);
+    mutex->held = false;
+    pthread_cond_signal(&mutex->freed);
     pthread_mutex_unlock(&mutex->lock);
 }

@@ -1,7 +1,8 @@
 // Threads and locks of the plug-in: the little that the channels need.
 //
-// A thread is never killed: it is asked to end.  Every call of pf_socket.h that can block returns at once with an
-// error of its own in a thread that was asked, so a reader leaves its locks and sockets in order on its way out.
+// A thread is never killed: it is asked to end.  Every call of pf_socket.h that can block, and the wait for a mutex,
+// returns at once with an error of its own in a thread that was asked, so a reader leaves its locks and sockets in
+// order on its way out.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +30,6 @@ int pf_thread_wake_descriptor();
 
 /// A null pointer when there is none to be had.
 pf_mutex *pf_mutex_create();
-/// False when it could not be taken.
+/// Waits for it; false when it could not be taken, or when the calling thread was asked to end meanwhile.
 bool pf_mutex_take(pf_mutex *mutex);
 void pf_mutex_release(pf_mutex *mutex);
