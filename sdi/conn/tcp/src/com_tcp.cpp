@@ -36,6 +36,13 @@ com_tcp_channel &channel(std::int32_t ch_desc)
     return com_tcp_channels_g[ch_desc];
 }
 
+/// The socket of a client, or -1.  An entry keeps its old value after a disconnect, when that number may belong to
+/// another file of the process; those in use are the first `connected_num`.
+int socket_of(const com_tcp_channel &ch, std::int32_t client)
+{
+    return client < ch.connected_num ? ch.client_socket[client] : -1;
+}
+
 void print_failure(const char *text)
 {
     std::printf("%s:%d\n", text, pf_socket_error());
@@ -83,8 +90,9 @@ int open_server(std::uint16_t port)
     for (const pf_socket_option option : {PF_REUSE_ADDRESS, PF_KEEP_ALIVE, PF_NO_DELAY})
         set_option(socket, option, 1, "setsockopt failed:");
     if (!pf_socket_bind(socket, port)) {
+        const int error = pf_socket_error(); // the first print may set another
         std::printf("bind failed on port %d:", port);
-        print_failure("");
+        std::printf("%s:%d\n", "", error);
         com_error(COM_ERROR_SOCKET);
     }
     if (!pf_socket_listen(socket, backlog)) {
@@ -105,10 +113,15 @@ int open_client()
 
 // ------------------------------------------------------------------------------------------ connect
 
-void take_mutex(com_tcp_channel &ch)
+/// False when the calling reader was asked to end while it waited: it has to leave as it came.
+bool take_mutex(com_tcp_channel &ch)
 {
-    if (!pf_mutex_take(ch.mutex))
-        print_failure("Mutex take failed");
+    if (pf_mutex_take(ch.mutex))
+        return true;
+    if (pf_thread_stopping())
+        return false;
+    print_failure("Mutex take failed");
+    return true; // goes on without
 }
 
 /// A failure that is no failure: the reader was asked to end while it waited.
@@ -117,33 +130,42 @@ bool was_stopped()
     return pf_socket_failure_kind() == PF_STOPPED;
 }
 
-tt_bool connect_client(com_tcp_channel &ch)
+enum class attempt { connected, failed, refused, stopped }; // refused: a client tries once
+
+/// One try to connect, with the mutex held.
+attempt try_connect(com_tcp_channel &ch)
 {
     const com_tcp_attr &attr = ch.ch_attr_p->u.tcp;
-    take_mutex(ch);
-    bool connected = true;
-    bool stopped = false;
-    if (ch.connected_num == 0) {
-        if (ch.connect_failed) {
-            pf_mutex_release(ch.mutex);
-            return 0;
-        }
-        std::printf("connecting on %d\n", attr.port);
-        connected = pf_socket_connect(ch.socket, attr.address, attr.port);
-        stopped = !connected && was_stopped();
-        if (connected)
-            ++ch.connected_num;
-        else if (!stopped)
-            ch.connect_failed = 1;
+    if (ch.connected_num != 0)
+        return attempt::connected;
+    if (ch.connect_failed)
+        return attempt::refused;
+    if (ch.client_socket[0] >= 0) { // a connection that was dropped: its socket is gone
+        ch.client_socket[0] = -1;
+        ch.socket = open_client();
     }
-    if (connected) {
+    std::printf("connecting on %d\n", attr.port);
+    if (pf_socket_connect(ch.socket, attr.address, attr.port))
+        return attempt::connected;
+    if (was_stopped())
+        return attempt::stopped;
+    ch.connect_failed = 1;
+    return attempt::failed;
+}
+
+tt_bool connect_client(com_tcp_channel &ch)
+{
+    if (!take_mutex(ch))
+        return 0;
+    const attempt result = try_connect(ch);
+    if (result == attempt::connected) {
         ch.client_socket[0] = ch.socket;
         ch.connected_num = 1;
     }
     pf_mutex_release(ch.mutex);
-    if (!connected && !stopped)
-        std::printf("Failed to connect with %s at %d\n", attr.address, attr.port);
-    return connected;
+    if (result == attempt::failed)
+        std::printf("Failed to connect with %s at %d\n", ch.ch_attr_p->u.tcp.address, ch.ch_attr_p->u.tcp.port);
+    return result == attempt::connected;
 }
 
 /// Waits for a caller with the mutex held, so that a second one waits for the first.  The socket, or -1 after the
@@ -163,7 +185,8 @@ int accept_caller(com_tcp_channel &ch)
 
 tt_bool connect_single(com_tcp_channel &ch)
 {
-    take_mutex(ch);
+    if (!take_mutex(ch))
+        return 0;
     if (ch.connected_num != 0) {
         ++ch.connected_num; // counts the calls, not the sockets
         pf_mutex_release(ch.mutex);
@@ -187,7 +210,8 @@ tt_bool connect_single(com_tcp_channel &ch)
 tt_bool connect_multi(com_tcp_channel &ch)
 {
     for (;;) {
-        take_mutex(ch);
+        if (!take_mutex(ch))
+            return 0;
         if (ch.connected_num >= com_tcp_client_num()) {
             pf_mutex_release(ch.mutex);
             return 1;
@@ -195,7 +219,8 @@ tt_bool connect_multi(com_tcp_channel &ch)
         const int caller = accept_caller(ch);
         if (caller < 0)
             return 0;
-        ch.client_socket[ch.connected_num++] = caller;
+        ch.client_socket[ch.connected_num] = caller;
+        ++ch.connected_num;
         std::printf("Connected on port %d\n", ch.ch_attr_p->u.tcp.port);
         pf_mutex_release(ch.mutex);
     }
@@ -207,9 +232,10 @@ std::int32_t read_single(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_
 {
     std::int32_t got = 0;
     do
-        got = pf_socket_receive(ch.client_socket[0], buffer, read_len);
+        got = pf_socket_receive(socket_of(ch, 0), buffer, read_len);
     while (got == -1 && !pf_thread_stopping()); // an error that lasts spins here
-    if (got == 0)
+    // The end that a disconnect on this side makes is not the peer's.
+    if (got == 0 && ch.connected_num != 0)
         print_closed(ch, told_closed_single);
     return std::max(got, 0);
 }
@@ -217,8 +243,11 @@ std::int32_t read_single(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_
 /// The last client that has something to read, or -1; -2 when the wait failed.
 std::int32_t find_ready(const com_tcp_channel &ch)
 {
+    int  sockets[COM_TCP_MAX_CLIENTS];
     bool ready[COM_TCP_MAX_CLIENTS];
-    if (pf_socket_select(ch.client_socket, ready, COM_TCP_MAX_CLIENTS, select_microseconds) < 0)
+    for (std::int32_t n = 0; n < COM_TCP_MAX_CLIENTS; ++n)
+        sockets[n] = socket_of(ch, n);
+    if (pf_socket_select(sockets, ready, COM_TCP_MAX_CLIENTS, select_microseconds) < 0)
         return -2;
     for (std::int32_t n = COM_TCP_MAX_CLIENTS - 1; n >= 0; --n)
         if (ready[n])
@@ -237,8 +266,10 @@ void drop_client(com_tcp_channel &ch, std::int32_t client)
 {
     com_error(COM_ERROR_TRANSFER);
     ch.client_socket[client] = -1;
-    if (clients_left(ch) == 0)
+    if (clients_left(ch) == 0) {
+        std::fflush(stdout);
         std::abort();
+    }
 }
 
 std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t read_len)
@@ -249,7 +280,7 @@ std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t
             continue;
         if (client == -1)
             return 0;
-        const std::int32_t got = pf_socket_receive(ch.client_socket[client], buffer, read_len);
+        const std::int32_t got = pf_socket_receive(socket_of(ch, client), buffer, read_len);
         if (got > 0)
             return got;
         if (got == 0) {
@@ -270,7 +301,8 @@ std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t
 /// What became of one buffer.
 enum class sent { all, not_all };
 
-/// Sends on; a broken connection ends it where `gives_up` says so and is tried again for ever otherwise.
+/// Sends on; a broken connection ends it where `gives_up` says so and is tried again for ever otherwise, but by a
+/// reader that was asked to end.
 sent send_all(int socket, const std::uint8_t *data, std::uint32_t size, bool gives_up)
 {
     while (size > 0) {
@@ -282,9 +314,11 @@ sent send_all(int socket, const std::uint8_t *data, std::uint32_t size, bool giv
         }
         if (taken < 0 && pf_socket_failure_kind() == PF_WOULD_BLOCK)
             continue;
+        if (taken < 0 && was_stopped())
+            return sent::not_all;
         if (taken < 0)
             print_failure("COM_WRITE Failed:");
-        if (gives_up)
+        if (gives_up || pf_thread_stopping())
             return sent::not_all;
         com_error(COM_ERROR_TRANSFER);
     }
@@ -294,7 +328,8 @@ sent send_all(int socket, const std::uint8_t *data, std::uint32_t size, bool giv
 void write_multi(com_tcp_channel &ch, const std::uint8_t *data, std::uint32_t write_len)
 {
     for (std::int32_t n = COM_TCP_MAX_CLIENTS - 1; n >= 0; --n)
-        if (ch.client_socket[n] >= 0 && send_all(ch.client_socket[n], data, write_len, true) == sent::not_all)
+        if (socket_of(ch, n) >= 0 && send_all(socket_of(ch, n), data, write_len, true) == sent::not_all &&
+            !pf_thread_stopping())
             drop_client(ch, n);
 }
 
@@ -353,13 +388,13 @@ tt_bool com_tcp_connect(std::int32_t ch_desc)
 void com_tcp_disconnect(std::int32_t ch_desc)
 {
     com_tcp_channel   &ch = channel(ch_desc);
-    const std::int32_t open =
-        com_tcp_client_num() == 1 ? 1 : std::min(ch.connected_num, com_tcp_client_num());
-    for (std::int32_t n = 0; n < open; ++n)
-        pf_socket_close(ch.client_socket[n]);
-    // The entries keep their old values, and a server goes on listening.
+    const std::int32_t open = std::min(ch.connected_num, com_tcp_client_num());
+    // The entries keep their old values, and a server goes on listening.  Told before the sockets close, so that a
+    // reader does not take the end for the peer's.
     ch.connected_num = 0;
     ch.connect_failed = 0;
+    for (std::int32_t n = 0; n < open; ++n)
+        pf_socket_close(ch.client_socket[n]);
 }
 
 std::int32_t com_tcp_read(std::int32_t ch_desc, std::uint8_t *buffer, std::uint32_t read_len)
@@ -374,9 +409,10 @@ std::int32_t com_tcp_write(std::int32_t ch_desc, const std::uint8_t *data, std::
     tt_assert(static_cast<std::int32_t>(write_len) > 0, "(int)write_len > 0", unit, __LINE__);
     com_tcp_channel &ch = channel(ch_desc);
     if (com_tcp_client_num() == 1) {
-        if (ch.client_socket[0] < 0)
+        const int socket = socket_of(ch, 0);
+        if (socket < 0)
             return -1;
-        send_all(ch.client_socket[0], data, write_len, false);
+        send_all(socket, data, write_len, false);
     } else {
         write_multi(ch, data, write_len);
     }
