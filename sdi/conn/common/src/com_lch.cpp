@@ -13,7 +13,7 @@ constexpr char unit[] = R"(ms_code\ps\sdi\conn\common\src\com_lch)";
 com_lch_info_struct &slot(std::int32_t lch_domain_id, std::int32_t lch)
 {
     tt_assert(lch_domain_id >= 0 && lch_domain_id < COM_MAX_DOMAIN, "lch_domain_id < COM_MAX_DOMAIN", unit, __LINE__);
-    tt_assert(lch >= 0 && lch < COM_MAX_LCH, "lch < COM_MAX_LCH", unit, __LINE__);
+    tt_assert(lch >= 0 && lch < COM_MAX_LCH, "(lch >= 0) && (lch < COM_MAX_LCH)", unit, __LINE__);
     return com_lch_info_g[lch_domain_id][lch];
 }
 
@@ -36,11 +36,14 @@ std::int32_t com_lch_add(std::int32_t lch_domain_id, std::int32_t lch, std::int3
 {
     // The first test bounds the channels of all domains together, not those of one.
     tt_assert(com_info_g.no_lch < COM_MAX_LCH, "com_info_g.no_lch < COM_MAX_LCH", unit, __LINE__);
-    com_lch_info_struct &info = slot(lch_domain_id, lch);
-    info.buffer = buffer;
-    info.callback = callback;
-    info.lch_valid = OSA_TRUE;
-    info.direction = direction;
+    tt_assert(lch < COM_MAX_LCH, "lch < COM_MAX_LCH", unit, __LINE__);
+    if (lch >= 0) { // binding refuses a negative one
+        com_lch_info_struct &info = slot(lch_domain_id, lch);
+        info.buffer = buffer;
+        info.callback = callback;
+        info.lch_valid = OSA_TRUE;
+        info.direction = direction;
+    }
     com_pch_bind(pch, lch_domain_id, lch);
     return ++com_info_g.no_lch;
 }

@@ -1,6 +1,8 @@
 // Physical channels: the table, the reader thread, the way out through framing and transport.
 #include "com_pch.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -134,7 +136,8 @@ void read_channel(void *argument)
         if (!to.fixed)
             read_ptr = lch.buffer;
         got = driver.read(ch_desc, read_ptr, COM_READ_SIZE);
-        if (got > 0 && !take_chunk(packet, read_ptr, static_cast<std::uint32_t>(got), to.key))
+        // A failed read counts as a chunk of fewer than four octets: it closes the packet in the making.
+        if (got != 0 && !take_chunk(packet, read_ptr, static_cast<std::uint32_t>(std::max(got, 0)), to.key))
             return;
     }
 }
@@ -249,7 +252,8 @@ std::uint32_t com_pch_write(std::int32_t pch, std::int32_t lch_domain_id, std::i
 
 void com_error(com_error_code code)
 {
-    if (code == COM_ERROR_TRANSFER && com_tcp_client_num() >= 1)
+    if (com_tcp_client_num() >= 1 && code == COM_ERROR_TRANSFER)
         return;
+    std::fflush(stdout); // what led here was told there
     std::abort();
 }
