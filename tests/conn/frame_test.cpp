@@ -3,16 +3,13 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "com_frame.h"
+#include "frame_model.h"
 
 namespace {
-
-using octets = std::vector<std::uint8_t>;
 
 octets encoded(const octets &payload)
 {
@@ -23,13 +20,6 @@ octets encoded(const octets &payload)
     std::free(out);
     return frame;
 }
-
-struct decoded {
-    std::optional<octets> data; ///< none: a null pointer
-    bool                  complete = false;
-
-    bool operator==(const decoded &) const = default;
-};
 
 /// Decodes a chunk that has `behind` after its end, in a block of exactly that size.
 decoded decode(const octets &chunk, std::uint8_t behind = 0)
@@ -45,55 +35,6 @@ decoded decode(const octets &chunk, std::uint8_t behind = 0)
     else
         EXPECT_EQ(length, 0u);
     return result;
-}
-
-// ---------------------------------------------------------------------------- the rules, octet by octet
-
-octets model_encoded(const octets &payload)
-{
-    octets frame = {0x7E};
-    for (const std::uint8_t octet : payload) {
-        if (octet == 0x7D || octet == 0x7E) {
-            frame.push_back(0x7D);
-            frame.push_back(octet ^ 0x20);
-        } else {
-            frame.push_back(octet);
-        }
-    }
-    frame.push_back(0x7E);
-    return frame;
-}
-
-decoded model_decode(const octets &chunk, std::uint8_t behind = 0)
-{
-    if (chunk.size() < 4)
-        return {std::nullopt, true};
-    const auto  at = [&](std::size_t n) { return n < chunk.size() ? chunk[n] : behind; };
-    std::size_t index = 1;
-    std::size_t count = 0;
-    while (index < chunk.size() - 1 && chunk[index] != 0x7E) {
-        if (chunk[index] == 0x7D)
-            ++index;
-        ++count;
-        ++index;
-    }
-    const bool complete = at(index) == 0x7E;
-    if (count > 65536)
-        return {std::nullopt, true};
-
-    octets stored;
-    for (std::size_t n = 0; n < chunk.size(); ++n) {
-        if (chunk[n] == 0x7E) {
-            if (n == 0)
-                continue;
-            break;
-        }
-        if (chunk[n] == 0x7D)
-            stored.push_back(at(++n) ^ 0x20);
-        else
-            stored.push_back(chunk[n]);
-    }
-    return {stored, complete};
 }
 
 // ---------------------------------------------------------------------------- cases
