@@ -40,11 +40,11 @@ bool wait_ready(int socket, short events)
         const int ready = poll(watched, 2, -1);
         if (ready < 0 && errno == EINTR)
             continue;
-        if (watched[1].revents != 0) {
+        if (ready > 0 && watched[0].revents == 0) {
             errno = ECANCELED;
             return false;
         }
-        return ready > 0;
+        return ready > 0; // what is there already is taken, asked to end or not
     }
 }
 
@@ -188,10 +188,22 @@ int pf_socket_select(const int *sockets, bool *ready, std::uint32_t count, std::
     return found;
 }
 
-void pf_socket_close(int socket)
+void pf_socket_renew(int socket)
 {
     // A thread that waits on the socket would keep the connection up, were it only closed.
     shutdown(socket, SHUT_RDWR);
+    if (const int fresh = pf_socket_create(); fresh >= 0)
+        pf_socket_move(fresh, socket);
+}
+
+void pf_socket_move(int from, int to)
+{
+    dup3(from, to, O_CLOEXEC);
+    close(from);
+}
+
+void pf_socket_close(int socket)
+{
     close(socket);
 }
 

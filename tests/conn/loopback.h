@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <fstream>
 #include <filesystem>
@@ -208,6 +209,7 @@ class channels : public testing::Test {
     {
         testing::FLAGS_gtest_death_test_style = "threadsafe";
         com_info_g.initialized = 0;
+        std::memset(com_lch_info_g, 0, sizeof com_lch_info_g);
         com_init();
         while (!packets.empty())
             packets.next();

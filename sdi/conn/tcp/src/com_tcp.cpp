@@ -36,8 +36,8 @@ com_tcp_channel &channel(std::int32_t ch_desc)
     return com_tcp_channels_g[ch_desc];
 }
 
-/// The socket of a client, or -1.  An entry keeps its old value after a disconnect, when that number may belong to
-/// another file of the process; those in use are the first `connected_num`.
+/// The socket of a client, or -1.  An entry keeps its old value after a disconnect, for a socket without a connection;
+/// those in use are the first `connected_num`.
 int socket_of(const com_tcp_channel &ch, std::int32_t client)
 {
     return client < ch.connected_num ? ch.client_socket[client] : -1;
@@ -102,12 +102,17 @@ int open_server(std::uint16_t port)
     return socket;
 }
 
-int open_client()
+void set_client_options(int socket)
 {
-    const int socket = create_socket();
     // Off, both of them: Nagle's algorithm stays on towards the target.
     for (const pf_socket_option option : {PF_REUSE_ADDRESS, PF_NO_DELAY})
         set_option(socket, option, 0, "set socket options failed:");
+}
+
+int open_client()
+{
+    const int socket = create_socket();
+    set_client_options(socket);
     return socket;
 }
 
@@ -140,10 +145,6 @@ attempt try_connect(com_tcp_channel &ch)
         return attempt::connected;
     if (ch.connect_failed)
         return attempt::refused;
-    if (ch.client_socket[0] >= 0) { // a connection that was dropped: its socket is gone
-        ch.client_socket[0] = -1;
-        ch.socket = open_client();
-    }
     std::printf("connecting on %d\n", attr.port);
     if (pf_socket_connect(ch.socket, attr.address, attr.port))
         return attempt::connected;
@@ -166,6 +167,17 @@ tt_bool connect_client(com_tcp_channel &ch)
     if (result == attempt::failed)
         std::printf("Failed to connect with %s at %d\n", ch.ch_attr_p->u.tcp.address, ch.ch_attr_p->u.tcp.port);
     return result == attempt::connected;
+}
+
+/// Puts a caller in its entry, under the number of the one before it if there was one: a reader may hold that yet.
+void take_caller(com_tcp_channel &ch, int caller)
+{
+    int &entry = ch.client_socket[ch.connected_num];
+    if (entry >= 0)
+        pf_socket_move(caller, entry);
+    else
+        entry = caller;
+    ++ch.connected_num;
 }
 
 /// Waits for a caller with the mutex held, so that a second one waits for the first.  The socket, or -1 after the
@@ -195,10 +207,8 @@ tt_bool connect_single(com_tcp_channel &ch)
     const int  caller = pf_socket_accept(ch.socket);
     const int  error = pf_socket_error();
     const bool stopped = caller < 0 && was_stopped();
-    if (caller >= 0) {
-        ch.client_socket[0] = caller;
-        ++ch.connected_num;
-    }
+    if (caller >= 0)
+        take_caller(ch, caller);
     if (!stopped)
         std::printf("Connected on port %d\n", ch.ch_attr_p->u.tcp.port); // after a failure too
     pf_mutex_release(ch.mutex);
@@ -219,8 +229,7 @@ tt_bool connect_multi(com_tcp_channel &ch)
         const int caller = accept_caller(ch);
         if (caller < 0)
             return 0;
-        ch.client_socket[ch.connected_num] = caller;
-        ++ch.connected_num;
+        take_caller(ch, caller);
         std::printf("Connected on port %d\n", ch.ch_attr_p->u.tcp.port);
         pf_mutex_release(ch.mutex);
     }
@@ -280,14 +289,16 @@ std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t
             continue;
         if (client == -1)
             return 0;
-        const std::int32_t got = pf_socket_receive(socket_of(ch, client), buffer, read_len);
+        const int          socket = socket_of(ch, client);
+        const std::int32_t got = pf_socket_receive(socket, buffer, read_len);
         if (got > 0)
             return got;
         if (got == 0) {
             print_closed(ch, told_closed_multi);
             return 0;
         }
-        if (pf_socket_failure_kind() == PF_CONNECTION_RESET || was_stopped())
+        const bool dropped = socket_of(ch, client) != socket; // by a disconnect meanwhile
+        if (dropped || pf_socket_failure_kind() == PF_CONNECTION_RESET || was_stopped())
             continue;
         print_failure("tcp read failed:");
         drop_client(ch, client);
@@ -394,7 +405,10 @@ void com_tcp_disconnect(std::int32_t ch_desc)
     ch.connected_num = 0;
     ch.connect_failed = 0;
     for (std::int32_t n = 0; n < open; ++n)
-        pf_socket_close(ch.client_socket[n]);
+        if (ch.client_socket[n] >= 0)
+            pf_socket_renew(ch.client_socket[n]);
+    if (open > 0 && ch.ch_attr_p->u.tcp.server != 1)
+        set_client_options(ch.socket); // which connects again
 }
 
 std::int32_t com_tcp_read(std::int32_t ch_desc, std::uint8_t *buffer, std::uint32_t read_len)
@@ -421,8 +435,12 @@ std::int32_t com_tcp_write(std::int32_t ch_desc, const std::uint8_t *data, std::
 
 void com_tcp_close(std::int32_t ch_desc)
 {
-    // Sockets and mutex are not released here: the caller has disconnected before, and what listens is left to the
-    // end of the process.
-    free_record(channel(ch_desc));
+    // Connections and mutex are not released here: the caller has disconnected before, and what listens is left to
+    // the end of the process.  The sockets that a disconnect left in the entries go.
+    com_tcp_channel &ch = channel(ch_desc);
+    for (std::int32_t n = ch.connected_num; n < COM_TCP_MAX_CLIENTS; ++n)
+        if (ch.client_socket[n] >= 0)
+            pf_socket_close(ch.client_socket[n]);
+    free_record(ch);
     --no_channels;
 }
