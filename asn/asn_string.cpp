@@ -179,3 +179,33 @@ void AsnBits_copy(AsnBits *result, const AsnBits *source, std::uint8_t flag, std
     if (result->bits)
         std::memcpy(result->bits, source->bits, octets);
 }
+
+void AsnOctsAlloc(AsnOcts *octets, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    octets->octs = static_cast<std::uint8_t *>(AsnMemAlloc(octets->octetLen, flag, file_code, line));
+}
+
+void AsnOctsFree(AsnOcts *octets, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    AsnFreeArray(&octets->octs, flag, file_code, line);
+}
+
+void AsnBitsAlloc(AsnBits *bits, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    bits->bits = static_cast<std::uint8_t *>(AsnMemAlloc(bits->bitLen, flag, file_code, line));
+}
+
+void AsnBitsFree(AsnBits *bits, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    AsnFreeArray(&bits->bits, flag, file_code, line);
+}
+
+void AsnOidAlloc(AsnOid *oid, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    AsnOctsAlloc(oid, flag, file_code, line);
+}
+
+void AsnOidFree(AsnOid *oid, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
+{
+    AsnOctsFree(oid, flag, file_code, line);
+}

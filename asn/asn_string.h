@@ -47,3 +47,15 @@ std::uint32_t AsnOcts_size(const AsnOcts *octets);
 /// whole.
 void AsnBits_copy(AsnBits *result, const AsnBits *source, std::uint8_t flag = 0, std::uint16_t file_code = 0,
                   std::uint32_t line = 0);
+
+/* Memory of a string
+ *   Alloc   a zeroed block of as many octets as the length says, which for AsnBits are its bits, not divided
+ *   Free    releases the block, sets its pointer to null and leaves the length
+ * DIFFERS a string of no length is looked at all the same: a decode that failed in a fragment has left it a block  */
+
+void AsnOctsAlloc(AsnOcts *octets, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
+void AsnOctsFree(AsnOcts *octets, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
+void AsnBitsAlloc(AsnBits *bits, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
+void AsnBitsFree(AsnBits *bits, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
+void AsnOidAlloc(AsnOid *oid, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
+void AsnOidFree(AsnOid *oid, std::uint8_t flag = 0, std::uint16_t file_code = 0, std::uint32_t line = 0);
