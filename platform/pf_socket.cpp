@@ -188,18 +188,9 @@ int pf_socket_select(const int *sockets, bool *ready, std::uint32_t count, std::
     return found;
 }
 
-void pf_socket_renew(int socket)
+void pf_socket_shut_down(int socket)
 {
-    // A thread that waits on the socket would keep the connection up, were it only closed.
     shutdown(socket, SHUT_RDWR);
-    if (const int fresh = pf_socket_create(); fresh >= 0)
-        pf_socket_move(fresh, socket);
-}
-
-void pf_socket_move(int from, int to)
-{
-    dup3(from, to, O_CLOEXEC);
-    close(from);
 }
 
 void pf_socket_close(int socket)

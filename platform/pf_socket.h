@@ -31,11 +31,8 @@ std::int32_t pf_socket_receive(int socket, std::uint8_t *buffer, std::uint32_t s
 std::int32_t pf_socket_send(int socket, const std::uint8_t *data, std::uint32_t size);
 /// Marks in `ready` which of `count` sockets (-1: none) can be read within `microseconds`; how many, or -1.
 int pf_socket_select(const int *sockets, bool *ready, std::uint32_t count, std::uint32_t microseconds);
-/// Ends the connection, also under a thread that waits on it; the descriptor becomes a socket that is not connected.
-/// A thread that uses it unlocked never meets another file under its number.
-void pf_socket_renew(int socket);
-/// Ends what `to` is and gives the number to the socket `from`.
-void pf_socket_move(int from, int to);
+/// Ends the connection; what waits on the socket returns.
+void pf_socket_shut_down(int socket);
 void pf_socket_close(int socket);
 
 /// Why the last call failed, and the platform's own number for it.

@@ -7,6 +7,7 @@
 #include <new>
 
 #include <pthread.h>
+#include <sched.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -155,6 +156,11 @@ bool pf_thread_return()
         self->away = false;
     pthread_mutex_unlock(&self->lock);
     return stays;
+}
+
+void pf_thread_yield()
+{
+    sched_yield();
 }
 
 int pf_thread_wake_descriptor()

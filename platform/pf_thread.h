@@ -25,6 +25,9 @@ void pf_thread_leave();
 /// False when the thread was asked to end meanwhile; it must then return without touching shared state.
 bool pf_thread_return();
 
+/// Lets other threads run.
+void pf_thread_yield();
+
 /// Descriptor that becomes readable when the calling thread is asked to end; -1 outside of pf_thread_start.
 int pf_thread_wake_descriptor();
 

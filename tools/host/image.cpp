@@ -325,6 +325,7 @@ value_node reader::counted(const laid_record &whole, const laid_member &each, co
     } else if (pointee.dims.empty() && is_octet(pointee)) {
         content.form = shape::octets;
         content.bytes.assign(place.at.begin(), place.at.end());
+        content.words = pointee.kind != RW_KIND_UNSIGNED_CHAR ? printable(content.bytes) : "";
     } else {
         content.form = shape::list;
         const auto all = place.at;

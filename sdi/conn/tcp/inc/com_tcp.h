@@ -4,6 +4,7 @@
 // in accept.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "solvane/solvane.h"
@@ -14,12 +15,13 @@ inline constexpr std::int32_t COM_TCP_MAX_CHANNELS = 8;
 inline constexpr std::int32_t COM_TCP_MAX_CLIENTS = 4; ///< that a server serves
 
 struct com_tcp_channel {
-    const com_pch_attr *ch_attr_p;                      ///< null when the record is free
-    int                 socket;                         ///< listening, or the only one of a client; -1: none
-    int                 client_socket[COM_TCP_MAX_CLIENTS]; ///< connected ones; -1: none
-    std::int32_t        connected_num;
-    pf_mutex           *mutex;                          ///< guards connecting
-    tt_bool             connect_failed;                 ///< a client tries once
+    const com_pch_attr       *ch_attr_p;      ///< null when the record is free
+    int                       socket;         ///< listening, or the only one of a client; -1: none
+    std::atomic<int>          client_socket[COM_TCP_MAX_CLIENTS]; ///< connected ones; -1: none
+    std::atomic<std::int32_t> connected_num;  ///< entries in use; a server with one client counts calls
+    std::atomic<std::int32_t> transfers;      ///< under way; a disconnect waits for their end
+    pf_mutex                 *mutex;          ///< guards connecting
+    tt_bool                   connect_failed; ///< a client tries once
 };
 
 extern com_tcp_channel com_tcp_channels_g[COM_TCP_MAX_CHANNELS];

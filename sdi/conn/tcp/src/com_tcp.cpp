@@ -36,11 +36,22 @@ com_tcp_channel &channel(std::int32_t ch_desc)
     return com_tcp_channels_g[ch_desc];
 }
 
-/// The socket of a client, or -1.  An entry keeps its old value after a disconnect, for a socket without a connection;
-/// those in use are the first `connected_num`.
-int socket_of(const com_tcp_channel &ch, std::int32_t client)
+bool in_use(const com_tcp_channel &ch, std::int32_t client)
 {
-    return client < ch.connected_num ? ch.client_socket[client] : -1;
+    return client < ch.connected_num;
+}
+
+/// Hands the socket of a client to `call`; -1 when there is none.  An entry keeps its old value after a disconnect, when
+/// that number may belong to another file of the process: the count comes first, then the look at what is in use, and
+/// a disconnect does the same the other way round.
+template <typename Call> std::int32_t transfer(com_tcp_channel &ch, std::int32_t client, Call call)
+{
+    if (!in_use(ch, client))
+        return -1; // without a count, so that the disconnect sees an end of them
+    ++ch.transfers;
+    const std::int32_t moved = in_use(ch, client) ? call(ch.client_socket[client]) : -1;
+    --ch.transfers;
+    return moved;
 }
 
 void print_failure(const char *text)
@@ -58,7 +69,8 @@ void print_closed(const com_tcp_channel &ch, bool &told)
 void free_record(com_tcp_channel &ch)
 {
     ch.socket = -1;
-    std::fill(std::begin(ch.client_socket), std::end(ch.client_socket), -1);
+    for (std::atomic<int> &socket : ch.client_socket)
+        socket = -1;
     ch.ch_attr_p = nullptr;
     ch.connected_num = 0;
     ch.connect_failed = 0;
@@ -102,17 +114,12 @@ int open_server(std::uint16_t port)
     return socket;
 }
 
-void set_client_options(int socket)
-{
-    // Off, both of them: Nagle's algorithm stays on towards the target.
-    for (const pf_socket_option option : {PF_REUSE_ADDRESS, PF_NO_DELAY})
-        set_option(socket, option, 0, "set socket options failed:");
-}
-
 int open_client()
 {
     const int socket = create_socket();
-    set_client_options(socket);
+    // Off, both of them: Nagle's algorithm stays on towards the target.
+    for (const pf_socket_option option : {PF_REUSE_ADDRESS, PF_NO_DELAY})
+        set_option(socket, option, 0, "set socket options failed:");
     return socket;
 }
 
@@ -145,6 +152,10 @@ attempt try_connect(com_tcp_channel &ch)
         return attempt::connected;
     if (ch.connect_failed)
         return attempt::refused;
+    if (ch.client_socket[0] >= 0) { // of a connection that was dropped: the socket is gone
+        ch.client_socket[0] = -1;
+        ch.socket = open_client();
+    }
     std::printf("connecting on %d\n", attr.port);
     if (pf_socket_connect(ch.socket, attr.address, attr.port))
         return attempt::connected;
@@ -161,23 +172,12 @@ tt_bool connect_client(com_tcp_channel &ch)
     const attempt result = try_connect(ch);
     if (result == attempt::connected) {
         ch.client_socket[0] = ch.socket;
-        ch.connected_num = 1;
+        ch.connected_num = 1; // behind the entry that it lets others use
     }
     pf_mutex_release(ch.mutex);
     if (result == attempt::failed)
         std::printf("Failed to connect with %s at %d\n", ch.ch_attr_p->u.tcp.address, ch.ch_attr_p->u.tcp.port);
     return result == attempt::connected;
-}
-
-/// Puts a caller in its entry, under the number of the one before it if there was one: a reader may hold that yet.
-void take_caller(com_tcp_channel &ch, int caller)
-{
-    int &entry = ch.client_socket[ch.connected_num];
-    if (entry >= 0)
-        pf_socket_move(caller, entry);
-    else
-        entry = caller;
-    ++ch.connected_num;
 }
 
 /// Waits for a caller with the mutex held, so that a second one waits for the first.  The socket, or -1 after the
@@ -207,8 +207,10 @@ tt_bool connect_single(com_tcp_channel &ch)
     const int  caller = pf_socket_accept(ch.socket);
     const int  error = pf_socket_error();
     const bool stopped = caller < 0 && was_stopped();
-    if (caller >= 0)
-        take_caller(ch, caller);
+    if (caller >= 0) {
+        ch.client_socket[0] = caller;
+        ++ch.connected_num;
+    }
     if (!stopped)
         std::printf("Connected on port %d\n", ch.ch_attr_p->u.tcp.port); // after a failure too
     pf_mutex_release(ch.mutex);
@@ -229,7 +231,8 @@ tt_bool connect_multi(com_tcp_channel &ch)
         const int caller = accept_caller(ch);
         if (caller < 0)
             return 0;
-        take_caller(ch, caller);
+        ch.client_socket[ch.connected_num] = caller;
+        ++ch.connected_num;
         std::printf("Connected on port %d\n", ch.ch_attr_p->u.tcp.port);
         pf_mutex_release(ch.mutex);
     }
@@ -241,21 +244,21 @@ std::int32_t read_single(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_
 {
     std::int32_t got = 0;
     do
-        got = pf_socket_receive(socket_of(ch, 0), buffer, read_len);
+        got = transfer(ch, 0, [=](int socket) { return pf_socket_receive(socket, buffer, read_len); });
     while (got == -1 && !pf_thread_stopping()); // an error that lasts spins here
     // The end that a disconnect on this side makes is not the peer's.
-    if (got == 0 && ch.connected_num != 0)
+    if (got == 0 && in_use(ch, 0))
         print_closed(ch, told_closed_single);
     return std::max(got, 0);
 }
 
-/// The last client that has something to read, or -1; -2 when the wait failed.
+/// The last client that has something to read, or -1; -2 when the wait failed.  To be called within a transfer.
 std::int32_t find_ready(const com_tcp_channel &ch)
 {
     int  sockets[COM_TCP_MAX_CLIENTS];
     bool ready[COM_TCP_MAX_CLIENTS];
     for (std::int32_t n = 0; n < COM_TCP_MAX_CLIENTS; ++n)
-        sockets[n] = socket_of(ch, n);
+        sockets[n] = in_use(ch, n) ? ch.client_socket[n].load() : -1;
     if (pf_socket_select(sockets, ready, COM_TCP_MAX_CLIENTS, select_microseconds) < 0)
         return -2;
     for (std::int32_t n = COM_TCP_MAX_CLIENTS - 1; n >= 0; --n)
@@ -267,7 +270,7 @@ std::int32_t find_ready(const com_tcp_channel &ch)
 std::int32_t clients_left(const com_tcp_channel &ch)
 {
     return static_cast<std::int32_t>(
-        std::count_if(std::begin(ch.client_socket), std::end(ch.client_socket), [](int s) { return s >= 0; }));
+        std::count_if(std::begin(ch.client_socket), std::end(ch.client_socket), [](const std::atomic<int> &socket) { return socket >= 0; }));
 }
 
 /// Takes a broken client out.  Without any left the process ends.
@@ -284,21 +287,21 @@ void drop_client(com_tcp_channel &ch, std::int32_t client)
 std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t read_len)
 {
     while (!pf_thread_stopping()) {
-        const std::int32_t client = find_ready(ch);
+        std::int32_t client = -1;
+        transfer(ch, 0, [&](int) { return client = find_ready(ch); });
         if (client == -2)
             continue;
         if (client == -1)
             return 0;
-        const int          socket = socket_of(ch, client);
-        const std::int32_t got = pf_socket_receive(socket, buffer, read_len);
+        const std::int32_t got =
+            transfer(ch, client, [=](int socket) { return pf_socket_receive(socket, buffer, read_len); });
         if (got > 0)
             return got;
         if (got == 0) {
             print_closed(ch, told_closed_multi);
             return 0;
         }
-        const bool dropped = socket_of(ch, client) != socket; // by a disconnect meanwhile
-        if (dropped || pf_socket_failure_kind() == PF_CONNECTION_RESET || was_stopped())
+        if (!in_use(ch, client) || pf_socket_failure_kind() == PF_CONNECTION_RESET || was_stopped())
             continue;
         print_failure("tcp read failed:");
         drop_client(ch, client);
@@ -310,27 +313,28 @@ std::int32_t read_multi(com_tcp_channel &ch, std::uint8_t *buffer, std::uint32_t
 // ------------------------------------------------------------------------------------------ write
 
 /// What became of one buffer.
-enum class sent { all, not_all };
+enum class sent { all, broken, called_off };
 
 /// Sends on; a broken connection ends it where `gives_up` says so and is tried again for ever otherwise, but by a
-/// reader that was asked to end.
-sent send_all(int socket, const std::uint8_t *data, std::uint32_t size, bool gives_up)
+/// reader that was asked to end and after a disconnect.
+sent send_all(com_tcp_channel &ch, std::int32_t client, const std::uint8_t *data, std::uint32_t size, bool gives_up)
 {
     while (size > 0) {
-        const std::int32_t taken = pf_socket_send(socket, data, size);
+        const std::int32_t taken =
+            transfer(ch, client, [=](int socket) { return pf_socket_send(socket, data, size); });
         if (taken > 0) {
             data += taken;
             size -= static_cast<std::uint32_t>(taken);
             continue;
         }
+        if (pf_thread_stopping() || !in_use(ch, client))
+            return sent::called_off;
         if (taken < 0 && pf_socket_failure_kind() == PF_WOULD_BLOCK)
             continue;
-        if (taken < 0 && was_stopped())
-            return sent::not_all;
         if (taken < 0)
             print_failure("COM_WRITE Failed:");
-        if (gives_up || pf_thread_stopping())
-            return sent::not_all;
+        if (gives_up)
+            return sent::broken;
         com_error(COM_ERROR_TRANSFER);
     }
     return sent::all;
@@ -339,8 +343,7 @@ sent send_all(int socket, const std::uint8_t *data, std::uint32_t size, bool giv
 void write_multi(com_tcp_channel &ch, const std::uint8_t *data, std::uint32_t write_len)
 {
     for (std::int32_t n = COM_TCP_MAX_CLIENTS - 1; n >= 0; --n)
-        if (socket_of(ch, n) >= 0 && send_all(socket_of(ch, n), data, write_len, true) == sent::not_all &&
-            !pf_thread_stopping())
+        if (in_use(ch, n) && ch.client_socket[n] >= 0 && send_all(ch, n, data, write_len, true) == sent::broken)
             drop_client(ch, n);
 }
 
@@ -399,16 +402,16 @@ tt_bool com_tcp_connect(std::int32_t ch_desc)
 void com_tcp_disconnect(std::int32_t ch_desc)
 {
     com_tcp_channel   &ch = channel(ch_desc);
-    const std::int32_t open = std::min(ch.connected_num, com_tcp_client_num());
-    // The entries keep their old values, and a server goes on listening.  Told before the sockets close, so that a
-    // reader does not take the end for the peer's.
+    const std::int32_t open = std::min(ch.connected_num.load(), com_tcp_client_num());
+    // The entries keep their old values, and a server goes on listening.
     ch.connected_num = 0;
     ch.connect_failed = 0;
     for (std::int32_t n = 0; n < open; ++n)
-        if (ch.client_socket[n] >= 0)
-            pf_socket_renew(ch.client_socket[n]);
-    if (open > 0 && ch.ch_attr_p->u.tcp.server != 1)
-        set_client_options(ch.socket); // which connects again
+        pf_socket_shut_down(ch.client_socket[n]);
+    while (ch.transfers > 0) // which end now
+        pf_thread_yield();
+    for (std::int32_t n = 0; n < open; ++n)
+        pf_socket_close(ch.client_socket[n]);
 }
 
 std::int32_t com_tcp_read(std::int32_t ch_desc, std::uint8_t *buffer, std::uint32_t read_len)
@@ -423,10 +426,9 @@ std::int32_t com_tcp_write(std::int32_t ch_desc, const std::uint8_t *data, std::
     tt_assert(static_cast<std::int32_t>(write_len) > 0, "(int)write_len > 0", unit, __LINE__);
     com_tcp_channel &ch = channel(ch_desc);
     if (com_tcp_client_num() == 1) {
-        const int socket = socket_of(ch, 0);
-        if (socket < 0)
+        if (!in_use(ch, 0) || ch.client_socket[0] < 0)
             return -1;
-        send_all(socket, data, write_len, false);
+        send_all(ch, 0, data, write_len, false);
     } else {
         write_multi(ch, data, write_len);
     }
@@ -435,12 +437,8 @@ std::int32_t com_tcp_write(std::int32_t ch_desc, const std::uint8_t *data, std::
 
 void com_tcp_close(std::int32_t ch_desc)
 {
-    // Connections and mutex are not released here: the caller has disconnected before, and what listens is left to
-    // the end of the process.  The sockets that a disconnect left in the entries go.
-    com_tcp_channel &ch = channel(ch_desc);
-    for (std::int32_t n = ch.connected_num; n < COM_TCP_MAX_CLIENTS; ++n)
-        if (ch.client_socket[n] >= 0)
-            pf_socket_close(ch.client_socket[n]);
-    free_record(ch);
+    // Sockets and mutex are not released here: the caller has disconnected before, and what listens is left to the
+    // end of the process.
+    free_record(channel(ch_desc));
     --no_channels;
 }
