@@ -45,7 +45,7 @@ struct lower_definition {
 
     void operator()(const record_def &r) const
     {
-        record                    out_record{r.id.text, r.is_union, unit_id(), {}, r.id.where};
+        record                    out_record{r.id.text, r.is_union, unit_id(), {}, r.id.where, std::nullopt};
         std::vector<member_links> links;
         for (const member_def &d : r.members) {
             member out_member;
@@ -60,6 +60,8 @@ struct lower_definition {
             links.push_back({d.counted_by, d.present_if, d.selected_by, d.case_value});
         }
         assign_roles(m, out_record, links);
+        if (r.wire)
+            out_record.wire = r.wire->codec;
         note(definition::what::record, r.record_id);
         m.records.push_back(std::move(out_record));
     }

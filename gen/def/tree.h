@@ -12,7 +12,6 @@
 
 #include "base/diagnostics.h"
 #include "model/model.h"
-#include "model/wire.h"
 
 namespace solvane::gen::def {
 

@@ -11,6 +11,7 @@ std::vector<output_file> emit_all(const model &m)
     emit_layout(m, files);
     emit_messages(m, files);
     emit_values(m, files);
+    emit_codecs(m, files);
     emit_peers(m, files);
     emit_registry(m, files);
     emit_traces(m, files);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/diagnostics.h"
+#include "model/wire.h"
 
 namespace solvane::gen {
 
@@ -76,6 +77,7 @@ struct record {
     std::uint32_t       unit_id = 0;
     std::vector<member> members;
     place               where;
+    std::optional<wire_codec> wire;  ///< of an element or a message
 };
 
 /// A typedef.  Those of a list family carry run-time tags.

@@ -105,7 +105,7 @@ std::size_t count_bit_fields(const model &m, const domain &d)
 record make_bit_record(sequence &chance, const domain &d, std::uint32_t unit_id, std::size_t number,
                        std::size_t bit_fields, std::uint32_t widest)
 {
-    record r{fmt::format("scale_{}_{}_struct", d.name, number), false, unit_id, {}, {}};
+    record r{fmt::format("scale_{}_{}_struct", d.name, number), false, unit_id, {}, {}, {}};
     member head;
     head.name = "head";
     head.type.base = kind::unsigned_char;

@@ -121,6 +121,19 @@ struct wire_codec {
     place                        where;
 };
 
+struct model;
+
+/// Bits of items that always take as many.
+std::optional<std::uint32_t> fixed_bits(const model &m, const std::vector<wire_item> &items);
+
+/// Octets that items can take at most; nothing where there is no such number.
+std::optional<std::uint32_t> most_octets(const model &m, const std::vector<wire_item> &items);
+
+/* Merges neighbouring fields into words of up to 32 bits, for writing or reading.  Written lengths of parts of a fixed
+ * size are constants and go into the words too. */
+std::vector<wire_item> lay_packing(const model &m, const std::vector<wire_item> &items);
+std::vector<wire_item> lay_unpacking(const model &m, const std::vector<wire_item> &items);
+
 /// The function of a record's codec: `X_pack` of `X_struct`.
 std::string wire_function(const std::string &record, const char *operation);
 
