@@ -120,6 +120,33 @@ TEST_F(tcp_channel, connects_again_after_a_cut_in_a_frame)
         }
 }
 
+// Readers share the buffer that they decode in, so that two of them can but take turns.
+TEST_F(tcp_channel, takes_turns_with_another)
+{
+    std::vector<std::uint8_t> buffers[2] = {octets(COM_READ_SIZE), octets(COM_READ_SIZE)};
+    std::int32_t              pchs[2];
+    raw_socket                peers[2];
+    for (std::int32_t n = 0; n < 2; ++n) {
+        const com_pch_attr attr = tcp(true, 0);
+        pchs[n] = com_pch_add(&attr);
+        com_lch_add(n, receiver, pchs[n], COM_BOTH,
+                    [](std::uint8_t *packet, std::uint32_t length, std::uint8_t lch_domain, std::uint8_t) {
+                        packets.put(octets(packet, packet + length));
+                        packets.put({lch_domain});
+                    },
+                    buffers[n].data());
+        start(pchs[n]);
+        peers[n] = raw_socket::connected(port_of_server(pchs[n]));
+    }
+    for (std::uint8_t n = 0; n < 20; ++n) {
+        peers[n % 2].send(model_encoded({n, 0x7E}));
+        EXPECT_EQ(packets.next(), (octets{n, 0x7E}));
+        EXPECT_EQ(packets.next(), octets(1, n % 2));
+    }
+    for (raw_socket &peer : peers)
+        peer.close();
+}
+
 TEST_F(tcp_channel, drops_the_connection_under_its_reader)
 {
     link it = connected(true);
