@@ -1,0 +1,1 @@
+solvane_bench(bench_framing framing.cpp LIBS solvane_core)
