@@ -41,6 +41,18 @@ void end_length(pack_info_struct *stream, const msg_length *length, std::uint32_
     per_poke_bits(length->frame, length->bits & 7, width, octets);
 }
 
+/// `begin`: the first bit behind the length.
+void trim(pack_info_struct *stream, std::uint8_t *frame, std::uint32_t begin, std::uint32_t octets)
+{
+    if (octets == 0)
+        return;
+    const std::uint32_t end = begin + octets * 8;
+    while (stream->bits < end)
+        per_put_any(stream, end - stream->bits < 8 ? end - stream->bits : 8, 0);
+    stream->frame = frame + octets;
+    stream->bits  = end;
+}
+
 } // namespace
 
 bool msg_open_8(unpack_info_struct *stream, msg_part *part)
@@ -58,6 +70,16 @@ void msg_close(unpack_info_struct *stream, const msg_part *part)
     stream->frame   = part->frame + part->octets;
     stream->bits    = part->bits + part->octets * 8;
     stream->fr_size = part->behind;
+}
+
+void msg_trim_8(pack_info_struct *stream, const msg_length *length, std::uint32_t octets)
+{
+    trim(stream, length->frame + 1, length->bits + 8, octets);
+}
+
+void msg_trim_16(pack_info_struct *stream, const msg_length *length, std::uint32_t octets)
+{
+    trim(stream, length->frame + 2, length->bits + 16, octets);
 }
 
 void msg_end_8(pack_info_struct *stream, const msg_length *length, const char *overflow)

@@ -83,6 +83,10 @@ inline msg_length msg_begin(pack_info_struct *stream, std::uint32_t octets)
     return length;
 }
 
+/// Cuts what stands behind the length to `octets`, or fills it up with zeros; 0 leaves it as it is.
+void msg_trim_8(pack_info_struct *stream, const msg_length *length, std::uint32_t octets);
+void msg_trim_16(pack_info_struct *stream, const msg_length *length, std::uint32_t octets);
+
 void msg_end_8(pack_info_struct *stream, const msg_length *length, const char *overflow);
 void msg_end_16(pack_info_struct *stream, const msg_length *length, const char *overflow);
 

@@ -67,6 +67,7 @@ struct wire_check {
     void part(const wire_item_def::part &p, items &to);
     void flag(const wire_item_def &item, items &to);
     void group(wire_item_def &item, items &to, bool bounded);
+    wire_place trim(const std::optional<name> &member);
     void guard(const std::vector<wire_item_def> &list, std::uint32_t presence);
     void block(wire_item_def &item, items &to);
     void item(wire_item_def &item, items &to, bool bounded);
@@ -538,6 +539,18 @@ void wire_check::group(wire_item_def &item, items &to, bool bounded)
     to.push_back(std::move(out_item));
 }
 
+/// The member that keeps the length of a content: off the wire, an integer.
+wire_place wire_check::trim(const std::optional<name> &member)
+{
+    const std::uint32_t n = member ? find(*member) : no_index;
+    if (n == no_index)
+        return {};
+    if (find_attribute(at(n), attribute::what::off_wire) == nullptr || !at(n).decl.dims.empty() ||
+        integer_size(look_through(s, at(n).type.use).use.base) == 0)
+        error(member->where, fmt::format("'{}' must be an integer that is off the wire", member->text));
+    return place_of(n);
+}
+
 void wire_check::block(wire_item_def &item, items &to)
 {
     wire_item out_item;
@@ -546,6 +559,7 @@ void wire_check::block(wire_item_def &item, items &to)
     if (out_item.width != 8 && out_item.width != 16)
         error(item.width->where, "a length has 8 or 16 bits");
     out_item.name = item.id.text;
+    out_item.trim = trim(item.trim);
     walk(item.items, out_item.items, false);
     to.push_back(std::move(out_item));
 }
@@ -793,12 +807,16 @@ void check_wire(scope &s, const unit_def &unit, record_def &record)
         check.out.length_width = check.number(*wire.length, 8, 16, "the width of a length");
         if (check.out.length_width != 8 && check.out.length_width != 16)
             s.diag.error(wire.length->where, "a length has 8 or 16 bits");
+        check.out.length_name = wire.length_name ? wire.length_name->text : stem_of(record.id.text);
+        check.out.trim = check.trim(wire.trim);
     }
     check.walk(wire.items, check.out.items, false);
     if (check.half)
         s.diag.error(check.half->where, "a half octet stands alone: its other half follows it, or 'spare M V1;'");
     wire_codec &codec = check.out;
-    codec.bits = codec.options.empty() ? fixed_bits(s, codec.items) : std::nullopt;
+    if (codec.length_width != 0 && !codec.options.empty())
+        s.diag.error(wire.length->where, "a structure with a length of its own has no lines with an identifier");
+    codec.bits = codec.options.empty() && codec.trim.steps.empty() ? fixed_bits(s, codec.items) : std::nullopt;
     if (codec.bits && codec.length_width != 0)
         codec.bits = (*codec.bits + 7) / 8 * 8 + codec.length_width;
     codec.owns = owns_memory(s, codec.items) ||

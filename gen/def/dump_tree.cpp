@@ -142,7 +142,11 @@ std::string print(const wire_item_def &i, const std::string &indent)
     case what::group:
         out = fmt::format("if ({}) {}", print(i.conditions), print(i.items, indent));
         return out + (i.otherwise.empty() ? "" : " else " + print(i.otherwise, indent)) + "\n";
-    case what::block: return fmt::format("length({}) {} {}\n", print(*i.width), i.id.text, print(i.items, indent));
+    case what::block:
+        out = fmt::format("length({}) {}", print(*i.width), i.id.text);
+        if (i.trim)
+            out += fmt::format(" trim({})", i.trim->text);
+        return out + " " + print(i.items, indent) + "\n";
     case what::align: return "align;\n";
     case what::line: return print_line(i);
     }
@@ -155,6 +159,10 @@ std::string print_wire(const record_def &r)
     std::string     out = fmt::format("{} {}", w.is_message ? "message" : "element", r.id.text);
     if (w.length)
         out += fmt::format(" length({})", print(*w.length));
+    if (w.length_name)
+        out += " " + w.length_name->text;
+    if (w.trim)
+        out += fmt::format(" trim({})", w.trim->text);
     if (w.direction != wire_direction::none)
         out += w.direction == wire_direction::uplink ? " uplink" : " downlink";
     return out + " " + print(w.items, "") + "\n";

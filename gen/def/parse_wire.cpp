@@ -150,7 +150,19 @@ void parse_group(parser &in, wire_item_def &item)
         item.otherwise = parse_items(in, "'else'");
 }
 
-// block = "length" "(" expression ")" name items ;
+// trim = "trim" "(" name ")" ;
+std::optional<name> parse_trim(parser &in)
+{
+    if (!in.is_word("trim") || !in.is("(", 1))
+        return std::nullopt;
+    in.next();
+    in.next();
+    name member = in.expect_identifier("a member");
+    in.expect(")", "the member");
+    return member;
+}
+
+// block = "length" "(" expression ")" name [ trim ] items ;
 void parse_length_block(parser &in, wire_item_def &item)
 {
     item.kind = item_kind::block;
@@ -158,6 +170,7 @@ void parse_length_block(parser &in, wire_item_def &item)
     item.width = parse_expression(in);
     in.expect(")", "the width");
     item.id = in.expect_identifier("a name");
+    item.trim = parse_trim(in);
     item.items = parse_items(in, "the name");
 }
 
@@ -311,18 +324,27 @@ bool begins_wire(const parser &in)
            (in.is("{", 2) || in.is_word("length", 2) || in.is_word("uplink", 2) || in.is_word("downlink", 2));
 }
 
-// wire = ( "element" | "message" ) name [ "length" "(" expression ")" ] [ "uplink" | "downlink" ] "{" { item } "}" ;
+// length = "length" "(" expression ")" [ name ] [ trim ] ;
+void parse_own_length(parser &in, wire_def &w)
+{
+    in.expect("(", "'length'");
+    w.length = parse_expression(in);
+    in.expect(")", "the width");
+    const bool direction = in.is_word("uplink") || in.is_word("downlink");
+    if (in.is_identifier() && !direction && !in.is("(", 1))
+        w.length_name = in.expect_identifier("a name");
+    w.trim = parse_trim(in);
+}
+
+// wire = ( "element" | "message" ) name [ length ] [ "uplink" | "downlink" ] "{" { item } "}" ;
 record_def parse_wire(parser &in)
 {
     record_def r;
     wire_def   w;
     w.is_message = in.next().text == "message";
     r.id = in.expect_identifier("a name");
-    if (in.accept_word("length")) {
-        in.expect("(", "'length'");
-        w.length = parse_expression(in);
-        in.expect(")", "the width");
-    }
+    if (in.accept_word("length"))
+        parse_own_length(in, w);
     if (in.accept_word("uplink"))
         w.direction = wire_direction::uplink;
     else if (in.accept_word("downlink"))

@@ -113,6 +113,7 @@ struct wire_item_def {
     std::optional<expression>  width;   ///< spare; block: width of its length field
     std::optional<expression>  value;   ///< spare
     std::vector<part>          parts;
+    std::optional<name>        trim;               ///< block: member that keeps the octets of the content
     bool                       inverse = false;    ///< flag
     bool                       any = false;        ///< flag: of an array
     std::vector<condition_def> conditions;         ///< group; flag that no bit tells
@@ -138,6 +139,8 @@ struct wire_def {
     bool                       is_message = false;
     wire_direction             direction = wire_direction::none;
     std::optional<expression>  length;  ///< width of the length field of its own
+    std::optional<name>        length_name; ///< in the message of an overflow
+    std::optional<name>        trim;        ///< member that keeps the octets of the content
     std::vector<wire_item_def> items;
 
     std::optional<wire_codec> codec;  ///< checked

@@ -24,8 +24,7 @@ struct packer {
     void group(const wire_item &i);
     bool octets_behind_length(const wire_item &block);
     void block(const wire_item &i);
-    void bounded(const std::vector<wire_item> &list, std::uint32_t width, const std::string &name,
-                 const std::string &length);
+    void bounded(const wire_item &block, const std::string &length);
     void option(const wire_option &o);
 };
 
@@ -121,7 +120,7 @@ void packer::group(const wire_item &i)
 /// An array of octets alone needs no look back: its count is the length.
 bool packer::octets_behind_length(const wire_item &block)
 {
-    const bool alone = block.items.size() == 1 && block.items[0].kind == what::array && block.items[0].octets &&
+    const bool alone = block.trim.steps.empty() && block.items.size() == 1 && block.items[0].kind == what::array && block.items[0].octets &&
                        !block.items[0].bcd && block.items[0].extent == wire_extent::to_end;
     if (!alone || member_bits(m, place_member(m, block.items[0].other)) > block.width)
         return false;
@@ -130,13 +129,15 @@ bool packer::octets_behind_length(const wire_item &block)
     return true;
 }
 
-void packer::bounded(const std::vector<wire_item> &list, std::uint32_t width, const std::string &name,
-                     const std::string &length)
+void packer::bounded(const wire_item &block, const std::string &length)
 {
-    const std::optional<std::uint32_t> most = most_octets(m, list);
+    const std::uint32_t                width = block.width;
+    const std::optional<std::uint32_t> most = most_octets(m, block.items);
     const std::uint32_t                room = width == 8 ? 0xFF : 0xFFFF;
     code.line(fmt::format("const msg_length {} = msg_begin(stream, {});", length, width / 8));
-    items(list);
+    items(block.items);
+    if (!block.trim.steps.empty())
+        code.line(fmt::format("msg_trim_{}(stream, &{}, {});", width, length, place_text(m, block.trim)));
     const std::string end = fmt::format("msg_end_{}(stream, &{}, ", width, length);
     if (most && *most <= room) {
         code.line(end + "nullptr);");
@@ -144,13 +145,13 @@ void packer::bounded(const std::vector<wire_item> &list, std::uint32_t width, co
     }
     code.line(end + text_literal(fmt::format("{}:", file)));
     code.line(std::string(end.size(), ' ') +
-              text_literal(fmt::format("length of {} will not fit length field with width {}.\n", name, width)) + ");");
+              text_literal(fmt::format("length of {} will not fit length field with width {}.\n", block.name, width)) + ");");
 }
 
 void packer::block(const wire_item &i)
 {
     if (!octets_behind_length(i))
-        bounded(i.items, i.width, i.name, cpp_identifier(i.name) + "_length");
+        bounded(i, cpp_identifier(i.name) + "_length");
 }
 
 void packer::item(const wire_item &i)
@@ -208,7 +209,7 @@ void $function$(pack_info_struct *stream, const $type$ *value)
     const std::vector<wire_item> list = lay_packing(m, codec.items);
     if (codec.length_width == 0) {
         p.items(list);
-    } else if (const std::optional<std::uint32_t> bits = fixed_bits(m, codec.items)) {
+    } else if (codec.bits) {
         wire_item whole;
         whole.kind = what::block;
         whole.width = codec.length_width;
@@ -218,11 +219,11 @@ void $function$(pack_info_struct *stream, const $type$ *value)
         wire_item whole;
         whole.kind = what::block;
         whole.width = codec.length_width;
-        whole.name = wire_function(m.records[record_id].name, "");
-        whole.name.pop_back();
+        whole.name = codec.length_name;
+        whole.trim = codec.trim;
         whole.items = list;
         if (!p.octets_behind_length(whole))
-            p.bounded(list, whole.width, whole.name, "length");
+            p.bounded(whole, "length");
     }
     for (const wire_option &o : codec.options)
         p.option(o);

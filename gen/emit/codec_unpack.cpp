@@ -38,6 +38,7 @@ struct unpacker {
     void choice(const wire_item &i);
     void group(const wire_item &i);
     void block(const wire_item &i);
+    void keep_length(const wire_place &trim);
     void block_content(const wire_item &i);
     void resets(const std::vector<wire_item> &list, std::vector<std::string> &seen);
     void reset(const std::string &place, std::vector<std::string> &seen);
@@ -82,6 +83,15 @@ void unpacker::field(const wire_item &i, const std::string &bits)
         code.line(fmt::format("{} = {};", to, bits));
 }
 
+std::string part_of_word(std::uint32_t shift, std::uint32_t width)
+{
+    return shift == 0 ? fmt::format("word & {}", mask_text(width))
+                      : fmt::format("word >> {} & {}", shift, mask_text(width));
+}
+
+/// Wider than any word that is read: a mask is then never needless, which the compiler would take for a narrowing.
+constexpr std::string_view word_declaration = "    std::uint64_t word;\n";
+
 void unpacker::word(const wire_item &word)
 {
     guard(word.width);
@@ -101,7 +111,7 @@ void unpacker::word(const wire_item &word)
     for (const wire_item &i : word.items) {
         shift -= i.width;
         if (!is_constant(i))
-            field(i, fmt::format("word{} & {}", shift == 0 ? "" : fmt::format(" >> {}", shift), mask_text(i.width)));
+            field(i, part_of_word(shift, i.width));
     }
 }
 
@@ -312,13 +322,22 @@ void unpacker::block_content(const wire_item &i)
 static void $function$($type$ *value, unpack_info_struct *stream)
 {
 )", {{"function", function}, {"type", record_name(m, record_id)}});
-    parts += (inner.needs_word ? "    std::uint32_t word;\n" : "") + body + "}\n";
+    parts += (inner.needs_word ? std::string(word_declaration) : "") + body + "}\n";
     code.line(function + "(value, stream);");
+}
+
+/// A content that may be cut short anywhere is packed to the length that it had.
+void unpacker::keep_length(const wire_place &trim)
+{
+    if (!trim.steps.empty())
+        code.line(fmt::format("{} = part.octets & {};", place_text(m, trim),
+                              mask_text(member_bits(m, place_member(m, trim)))));
 }
 
 void unpacker::block(const wire_item &i)
 {
     code.open(fmt::format("if (msg_part part; msg_open_{}(stream, &part))", i.width));
+    keep_length(i.trim);
     block_content(i);
     code.line("msg_close(stream, &part);");
     code.close();
@@ -500,7 +519,7 @@ void put_function(std::string &out, const model &m, std::uint32_t record_id, std
 $static$void $function$($type$ *value, unpack_info_struct *stream)
 {
 )", {{"static", is_static ? "static " : ""}, {"function", function}, {"type", record_name(m, record_id)}});
-    out += (u.needs_word ? "    std::uint32_t word;\n" : "") + body + "}\n";
+    out += (u.needs_word ? std::string(word_declaration) : "") + body + "}\n";
 }
 
 } // namespace
@@ -538,6 +557,7 @@ void put_unpack(std::string &out, const model &m, std::uint32_t record_id)
     out += parts;
     put_function(out, m, record_id, content, inner, inside, true);
     u.code.open(fmt::format("if (msg_part part; msg_open_{}(stream, &part))", codec.length_width));
+    u.keep_length(codec.trim);
     u.code.line(content + "(value, stream);");
     u.code.line("msg_close(stream, &part);");
     u.code.close();

@@ -136,7 +136,7 @@ void lay(const model &m, const std::vector<wire_item> &items, bool packing, std:
 {
     for (const wire_item &i : items) {
         const std::optional<std::uint32_t> bits =
-            packing && i.kind == what::block ? fixed_bits(m, i.items) : std::nullopt;
+            packing && i.kind == what::block && i.trim.steps.empty() ? fixed_bits(m, i.items) : std::nullopt;
         if (goes_into_word(i)) {
             add_to_word(out, i);
         } else if (bits) {
@@ -194,13 +194,16 @@ std::vector<wire_item> lay_unpacking(const model &m, const std::vector<wire_item
     return out;
 }
 
-std::string wire_function(const std::string &record, const char *operation)
+std::string stem_of(const std::string &record)
 {
     constexpr std::string_view ending = "_struct";
-    std::string                stem = record;
-    if (stem.size() > ending.size() && stem.ends_with(ending))
-        stem.resize(stem.size() - ending.size());
-    return stem + "_" + operation;
+    const bool                 ends = record.size() > ending.size() && record.ends_with(ending);
+    return record.substr(0, record.size() - (ends ? ending.size() : 0));
+}
+
+std::string wire_function(const std::string &record, const char *operation)
+{
+    return stem_of(record) + "_" + operation;
 }
 
 } // namespace solvane::gen

@@ -88,6 +88,7 @@ struct wire_item {
     std::uint32_t first = 0;          ///< elements that stand elsewhere
     std::uint32_t count = 0;          ///< elements of an array in place
     wire_place    capacity;           ///< of a pointer
+    wire_place    trim;               ///< block: member with the octets of its content; no steps: none
 
     std::vector<wire_condition> conditions;
     std::vector<wire_item>      items;      ///< group, block, word
@@ -114,6 +115,8 @@ struct wire_codec {
     bool                         is_message = false;
     wire_direction               direction = wire_direction::none;
     std::uint32_t                length_width = 0;  ///< bits of the length field of its own; 0: none
+    std::string                  length_name;       ///< what an overflow of it is told of
+    wire_place                   trim;              ///< member with the octets of the content; no steps: none
     std::vector<wire_item>       items;             ///< inside that length
     std::vector<wire_option>     options;
     std::optional<std::uint32_t> bits;              ///< of a record that always takes as many, the length included
@@ -133,6 +136,9 @@ std::optional<std::uint32_t> most_octets(const model &m, const std::vector<wire_
  * size are constants and go into the words too. */
 std::vector<wire_item> lay_packing(const model &m, const std::vector<wire_item> &items);
 std::vector<wire_item> lay_unpacking(const model &m, const std::vector<wire_item> &items);
+
+/// A record's name without the ending `_struct`.
+std::string stem_of(const std::string &record);
 
 /// The function of a record's codec: `X_pack` of `X_struct`.
 std::string wire_function(const std::string &record, const char *operation);
