@@ -1,5 +1,5 @@
-// What a packet costs on its way com_lch_write, framing, loopback, a raw echo, loopback, reader, callback, one packet at
-// a time, beside the same octets sent raw: same echo, a reader thread of its own, the same signal to the sender.
+// What a packet costs on its way com_lch_write, framing, loopback, a raw echo, loopback, reader, callback, one packet
+// at a time, beside the same octets sent raw: same echo, a reader thread of its own, the same signal to the sender.
 //
 // All threads run on one CPU: on several, the time is that of waking an idle one, and says nothing of either way.
 // Each case alternates short rounds of the two and keeps the fastest of each.  Reported in microseconds a round trip

@@ -116,7 +116,8 @@ TEST_F(channels, have_limits)
     } limits[] = {
         {"physical channels", add_channels, COM_MAX_PCH, "^$"},
         {"on one physical channel", bind_again_and_again, COM_MAX_LCH, "^$"},
-        {"in all domains together", bind_over_domains, COM_MAX_LCH, "Assertion failed: com_info_g.no_lch < COM_MAX_LCH"},
+        {"in all domains together", bind_over_domains, COM_MAX_LCH,
+         "Assertion failed: com_info_g.no_lch < COM_MAX_LCH"},
     };
     for (const auto &row : limits) {
         SCOPED_TRACE(row.name);
@@ -125,40 +126,62 @@ TEST_F(channels, have_limits)
     }
 }
 
+/// The regular expression that matches `text`.
+std::string matching(std::string_view text)
+{
+    std::string expression;
+    for (const char letter : text) {
+        if (std::string_view("\\()[]*.").find(letter) != std::string_view::npos)
+            expression += '\\';
+        expression += letter;
+    }
+    return expression;
+}
+
+void open_and_remove()
+{
+    bind(add(COM_BOTH), 1, COM_BOTH);
+    com_lch_remove(domain, 1);
+}
+
 TEST_F(channels, end_the_process_at_a_wrong_call)
 {
+    constexpr char lch_is_valid[] = "com_lch_info_g[lch_domain_id][lch].lch_valid == OSA_TRUE";
+    constexpr char pch_is_valid[] = "com_pch_info_g[pch].pch_valid == OSA_TRUE";
+    constexpr char pch_in_table[] = "(pch >= 0) && (pch < COM_MAX_PCH)";
+    constexpr char lch_in_table[] = "(lch >= 0) && (lch < COM_MAX_LCH)";
+    constexpr char pch_unit[] = R"(common\src\com_pch)";
+    constexpr char lch_unit[] = R"(common\src\com_lch)";
+    constexpr char tcp_unit[] = R"(tcp\src\com_tcp)";
     const struct {
         const char *name;
         void (*call)();
         const char *expression;
         const char *unit;
     } calls[] = {
-        {"second start", com_init, "com_info_g.initialized != OSA_TRUE", "com_pch"},
-        {"logical number too high", [] { bind(add(COM_BOTH), 20, COM_BOTH); }, "lch < COM_MAX_LCH", "com_lch"},
-        {"logical number below 0", [] { bind(add(COM_BOTH), -1, COM_BOTH); },
-         "\\(lch >= 0\\) && \\(lch < COM_MAX_LCH\\)", "com_pch"},
-        {"physical number below 0", [] { bind(-1, 1, COM_BOTH); }, "\\(pch >= 0\\) && \\(pch < COM_MAX_PCH\\)", "com_pch"},
-        {"physical number too high", [] { bind(8, 1, COM_BOTH); }, "\\(pch >= 0\\) && \\(pch < COM_MAX_PCH\\)", "com_pch"},
-        {"no physical channel", [] { bind(2, 1, COM_BOTH); }, "com_pch_info_g\\[pch\\].pch_valid == OSA_TRUE", "com_pch"},
-        {"removed twice", [] { bind(add(COM_BOTH), 1, COM_BOTH), com_lch_remove(domain, 1), com_lch_remove(domain, 1); },
-         "com_lch_info_g\\[lch_domain_id\\]\\[lch\\].lch_valid == OSA_TRUE", "com_lch"},
-        {"connect without a channel", [] { com_lch_connect(domain, 1); },
-         "com_lch_info_g\\[lch_domain_id\\]\\[lch\\].lch_valid == OSA_TRUE", "com_lch"},
-        {"write to a removed channel", [] { bind(add(COM_BOTH), 1, COM_BOTH), com_lch_remove(domain, 1),
-                                            com_lch_write(domain, 1, nullptr, 0); },
-         "com_lch_info_g\\[lch_domain_id\\]\\[lch\\].lch_valid == OSA_TRUE", "com_pch"},
-        {"write on a removed connection", [] { com_lch_write(domain, 1, nullptr, 0); },
-         "com_pch_info_g\\[pch\\].pch_valid == OSA_TRUE", "com_pch"},
-        {"connect a free record", [] { com_tcp_connect(0); }, "com_tcp_channels_g\\[ ch_desc \\].ch_attr_p != NULL",
-         "com_tcp"},
-        {"write nothing", [] { com_tcp_write(0, nullptr, 0); }, "\\(int\\)write_len > 0", "com_tcp"},
-        {"read a negative size", [] { com_tcp_read(0, nullptr, 0x80000000); }, "\\(int\\)read_len >= 0", "com_tcp"},
+        {"second start", com_init, "com_info_g.initialized != OSA_TRUE", pch_unit},
+        {"logical number too high", [] { bind(add(COM_BOTH), 20, COM_BOTH); }, "lch < COM_MAX_LCH", lch_unit},
+        {"logical number below 0", [] { bind(add(COM_BOTH), -1, COM_BOTH); }, lch_in_table, pch_unit},
+        {"physical number below 0", [] { bind(-1, 1, COM_BOTH); }, pch_in_table, pch_unit},
+        {"physical number too high", [] { bind(8, 1, COM_BOTH); }, pch_in_table, pch_unit},
+        {"no physical channel", [] { bind(2, 1, COM_BOTH); }, pch_is_valid, pch_unit},
+        {"remove twice", [] { open_and_remove(), com_lch_remove(domain, 1); }, lch_is_valid, lch_unit},
+        {"connect what is not there", [] { com_lch_connect(domain, 1); }, lch_is_valid, lch_unit},
+        {"write to what is gone", [] { open_and_remove(), com_lch_write(domain, 1, nullptr, 0); }, lch_is_valid,
+         pch_unit},
+        {"write where no connection is", [] { com_lch_write(domain, 1, nullptr, 0); }, pch_is_valid, pch_unit},
+        {"connect a free record", [] { com_tcp_connect(0); }, "com_tcp_channels_g[ ch_desc ].ch_attr_p != NULL",
+         tcp_unit},
+        {"write nothing", [] { com_tcp_write(0, nullptr, 0); }, "(int)write_len > 0", tcp_unit},
+        {"read a negative size", [] { com_tcp_read(0, nullptr, 0x80000000); }, "(int)read_len >= 0", tcp_unit},
     };
-    for (const auto &row : calls)
-        EXPECT_EXIT(row.call(), testing::KilledBySignal(SIGABRT),
-                    std::string("^Assertion failed: ") + row.expression + ", file ms_code\\\\ps\\\\sdi\\\\conn\\\\[a-z\\]+" +
-                        row.unit + ", line [0-9]+\n$")
-            << row.name;
+    for (const auto &row : calls) {
+        std::string report = "^";
+        report += matching(std::string("Assertion failed: ") + row.expression);
+        report += matching(std::string(R"(, file ms_code\ps\sdi\conn\)") + row.unit);
+        report += ", line [0-9]+\n$";
+        EXPECT_EXIT(row.call(), testing::KilledBySignal(SIGABRT), report) << row.name;
+    }
 }
 
 // A transfer that failed is the one error that the process survives.

@@ -74,7 +74,8 @@ struct model_reader {
     void take(const octets &chunk)
     {
         std::copy(chunk.begin(), chunk.end(), buffer.begin());
-        const decoded result = model_decode(chunk, chunk.size() < buffer.size() ? buffer[chunk.size()] : std::uint8_t{0});
+        const std::uint8_t behind = chunk.size() < buffer.size() ? buffer[chunk.size()] : std::uint8_t{0};
+        const decoded      result = model_decode(chunk, behind);
         if (result.data)
             packet.insert(packet.end(), result.data->begin(), result.data->end());
         if (!result.complete)

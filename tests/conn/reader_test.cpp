@@ -103,15 +103,16 @@ struct stream_case {
 };
 
 const stream_case stream_cases[] = {
-    {"a frame",                       {{{0x7E, 0x41, 0x7D, 0x5E, 0x7E}}},                          {{0x41, 0x7E}}},
-    {"nothing between delimiters",    {{{0x7E, 0x7E}}},                                            {}},
-    {"one octet in a chunk of three", {{{0x7E, 0x41, 0x7E}}},                                      {}},
-    {"two frames in a chunk",         {{{0x7E, 0x41, 0x42, 0x7E, 0x7E, 0x43, 0x44, 0x7E}}},        {{0x41, 0x42}}},
-    {"two chunks",                    {{{0x7E, 1, 2, 3}}, {{4, 5, 6, 0x7E}}},                      {{1, 2, 3, 4, 5, 6}}},
-    {"no data in between",            {{{0x7E, 1, 2, 3}}, {{}, 0}, {{}, 0}, {{4, 5, 6, 0x7E}}},    {{1, 2, 3, 4, 5, 6}}},
-    {"a short chunk closes",          {{{0x7E, 1, 2, 3}}, {{4, 0x7E}}, {{5, 6, 7, 0x7E}}},         {{1, 2, 3}, {5, 6, 7}}},
-    {"a failed read closes",          {{{0x7E, 1, 2, 3}}, {{}, -1}, {{0x7E, 4, 5, 6, 0x7E}}},      {{1, 2, 3}, {4, 5, 6}}},
-    {"an escape takes what lay there", {{{0x7E, 1, 2, 3, 0x5E, 0x7E}}, {{0x7E, 4, 5, 0x7D}}, {{6, 7, 8, 0x7E}}},
+    {"a frame",                    {{{0x7E, 0x41, 0x7D, 0x5E, 0x7E}}},                       {{0x41, 0x7E}}},
+    {"nothing between delimiters", {{{0x7E, 0x7E}}},                                         {}},
+    {"an octet in three",          {{{0x7E, 0x41, 0x7E}}},                                   {}},
+    {"two frames in a chunk",      {{{0x7E, 0x41, 0x42, 0x7E, 0x7E, 0x43, 0x44, 0x7E}}},     {{0x41, 0x42}}},
+    {"two chunks",                 {{{0x7E, 1, 2, 3}}, {{4, 5, 6, 0x7E}}},                   {{1, 2, 3, 4, 5, 6}}},
+    {"no data in between",         {{{0x7E, 1, 2, 3}}, {{}, 0}, {{}, 0}, {{4, 5, 6, 0x7E}}}, {{1, 2, 3, 4, 5, 6}}},
+    {"a short chunk closes",       {{{0x7E, 1, 2, 3}}, {{4, 0x7E}}, {{5, 6, 7, 0x7E}}},      {{1, 2, 3}, {5, 6, 7}}},
+    {"a failed read closes",       {{{0x7E, 1, 2, 3}}, {{}, -1}, {{0x7E, 4, 5, 6, 0x7E}}},   {{1, 2, 3}, {4, 5, 6}}},
+    {"an escape takes what lay there",
+     {{{0x7E, 1, 2, 3, 0x5E, 0x7E}}, {{0x7E, 4, 5, 0x7D}}, {{6, 7, 8, 0x7E}}},
      {{1, 2, 3, 0x5E}, {4, 5, 0x7E, 6, 7, 8}}},
 };
 

@@ -66,7 +66,8 @@ TEST_F(tcp_channel, follows_the_rules_at_every_cut)
     model_reader model;
     for (std::size_t cut = 1; cut < frame.size(); ++cut) {
         const auto middle = frame.begin() + static_cast<std::ptrdiff_t>(cut);
-        for (const octets &chunk : {octets(frame.begin(), middle), octets(middle, frame.end()), model_encoded({9, 9})}) {
+        const octets chunks[] = {octets(frame.begin(), middle), octets(middle, frame.end()), model_encoded({9, 9})};
+        for (const octets &chunk : chunks) {
             it.peer.send(chunk);
             wait_until_taken(it.peer, com_pch_info_g[it.pch].ch_desc);
             model.take(chunk);

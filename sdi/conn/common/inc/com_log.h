@@ -1,9 +1,8 @@
 // The recorder: keeps a copy of every packet that the host sends, in a `.logel` file.
 //
 // On only when the process's setting "LogelDebug" begins with `1`; "LogelDir" names the folder, "LogelProgram" a word
-// for the file's name.  A record is the packet's length, 4 octets in the host's order, and the packet
-// without framing.  Silent in every failure.  Runs on
-// the thread that writes, one at a time.
+// for the file's name.  A record is the packet's length, 4 octets in the host's order, and the packet without framing.
+// Silent in every failure.  Runs on the thread that writes, one at a time.
 #pragma once
 
 #include <cstdint>

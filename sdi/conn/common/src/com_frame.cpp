@@ -252,8 +252,8 @@ inline walk unescape_mixed(walk at, const std::uint8_t *block, std::uint32_t esc
     return at;
 }
 
-/// Undoes the escapes block by block, to the block with a delimiter or the octet `last` at the latest.  Needs a block of
-/// room more than what the octets become.
+/// Undoes the escapes block by block, to the block with a delimiter or the octet `last` at the latest.  Needs a block
+/// of room more than what the octets become.
 walk unescape_blocks(walk at, const std::uint8_t *input, std::uint32_t last)
 {
     while (at.index + block_size <= last) {

@@ -41,9 +41,9 @@ bool in_use(const com_tcp_channel &ch, std::int32_t client)
     return client < ch.connected_num;
 }
 
-/// Hands the socket of a client to `call`; -1 when there is none.  An entry keeps its old value after a disconnect, when
-/// that number may belong to another file of the process: the count comes first, then the look at what is in use, and
-/// a disconnect does the same the other way round.
+/// Hands the socket of a client to `call`; -1 when there is none.  An entry keeps its old value after a disconnect,
+/// when that number may belong to another file of the process: the count comes first, then the look at what is in
+/// use, and a disconnect does the same the other way round.
 template <typename Call> std::int32_t transfer(com_tcp_channel &ch, std::int32_t client, Call call)
 {
     if (!in_use(ch, client))
@@ -269,8 +269,10 @@ std::int32_t find_ready(const com_tcp_channel &ch)
 
 std::int32_t clients_left(const com_tcp_channel &ch)
 {
-    return static_cast<std::int32_t>(
-        std::count_if(std::begin(ch.client_socket), std::end(ch.client_socket), [](const std::atomic<int> &socket) { return socket >= 0; }));
+    std::int32_t left = 0;
+    for (const std::atomic<int> &socket : ch.client_socket)
+        left += socket >= 0;
+    return left;
 }
 
 /// Takes a broken client out.  Without any left the process ends.
