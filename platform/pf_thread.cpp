@@ -193,3 +193,11 @@ void pf_mutex_release(pf_mutex *mutex)
     pthread_cond_signal(&mutex->freed);
     pthread_mutex_unlock(&mutex->lock);
 }
+
+bool pf_mutex_is_free(pf_mutex *mutex)
+{
+    pthread_mutex_lock(&mutex->lock);
+    const bool free = !mutex->held;
+    pthread_mutex_unlock(&mutex->lock);
+    return free;
+}

@@ -36,3 +36,5 @@ pf_mutex *pf_mutex_create();
 /// Waits for it; false when it could not be taken, or when the calling thread was asked to end meanwhile.
 bool pf_mutex_take(pf_mutex *mutex);
 void pf_mutex_release(pf_mutex *mutex);
+/// True when nobody has it.
+bool pf_mutex_is_free(pf_mutex *mutex);

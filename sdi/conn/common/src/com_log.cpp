@@ -61,7 +61,8 @@ void com_log_packet(const std::uint8_t *data, std::uint32_t length)
     if (recording == nullptr)
         return;
     std::fwrite(&length, sizeof length, 1, recording);
-    std::fwrite(data, 1, length, recording);
+    if (length != 0)
+        std::fwrite(data, 1, length, recording);
 }
 
 void com_log_time(pf_date_time *out)

@@ -385,7 +385,9 @@ std::int32_t com_tcp_open(const com_pch_attr *attr)
     com_tcp_channel &ch = com_tcp_channels_g[desc];
     ch.socket = socket;
     ch.ch_attr_p = attr;
-    ch.mutex = pf_mutex_create();
+    // The one that the last user of the record left serves again, unless somebody waits in accept with it for ever.
+    if (ch.mutex == nullptr || !pf_mutex_is_free(ch.mutex))
+        ch.mutex = pf_mutex_create();
     if (ch.mutex == nullptr)
         com_error(COM_ERROR_MUTEX);
     ++no_channels;
