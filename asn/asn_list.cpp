@@ -1,19 +1,48 @@
 // Lists of allocated elements.
 #include "asn_list.h"
 
+#include <new>
+
 #include "asn_block.h"
 #include "asn_report.h"
 
 namespace {
 
-// A node outside of any list, with its element.  Null without memory, as far as the exit slot returns.
-AsnListNode *new_node(const AsnList *list, const asn_tag &tag)
+constexpr std::size_t node_class = tt_block_class(sizeof(AsnListNode));
+
+// Node and element through the slots.  Null without memory, as far as the exit slot returns.
+AsnListNode *new_node_by_slot(const AsnList *list, const asn_tag &tag)
 {
-    const bool  is_default = asn_alloc_is_default();
-    auto *const node       = static_cast<AsnListNode *>(asn_alloc(is_default, sizeof(AsnListNode), tag));
+    auto *const node = static_cast<AsnListNode *>(AsnMemAlloc(sizeof(AsnListNode), tag.flag, tag.file_code, tag.line));
     if (node)
-        node->data = asn_alloc(is_default, static_cast<std::size_t>(list->dataSize), tag);
+        node->data = AsnMemAlloc(static_cast<std::size_t>(list->dataSize), tag.flag, tag.file_code, tag.line);
     return node;
+}
+
+// Node and element out of the thread's own lists; null when one of them has run out or the slots are a host's.
+inline AsnListNode *take_node(const AsnList *list)
+{
+    tt_block_lists *const lists      = tt_blocks_here;
+    const std::size_t     size_class = tt_block_class(static_cast<std::size_t>(list->dataSize));
+    if (!asn_alloc_is_default() || !lists || size_class >= TT_BLOCK_CLASSES || !lists->free[node_class])
+        return nullptr;
+    tt_free_block *const node = lists->free[node_class];
+    tt_free_block *const data = size_class == node_class ? node->next : lists->free[size_class];
+    if (!data)
+        return nullptr;
+    lists->free[node_class] = node->next;
+    ++lists->room[node_class];
+    lists->free[size_class] = data->next;
+    ++lists->room[size_class];
+    tt_block_clear(data, size_class);
+    return new (node) AsnListNode{data, nullptr, nullptr};
+}
+
+// A node outside of any list, with its element.
+inline AsnListNode *new_node(const AsnList *list, const asn_tag &tag)
+{
+    AsnListNode *const node = take_node(list);
+    return node ? node : new_node_by_slot(list, tag);
 }
 
 // Puts `node` between two neighbours, each of which may be the list's end.
@@ -30,6 +59,12 @@ AsnListNode *link_between(AsnList *list, AsnListNode *before, AsnListNode *node,
     return node;
 }
 
+__attribute__((noinline)) AsnListNode *append_by_slot(AsnList *list, std::uint8_t flag, std::uint16_t file_code,
+                                                      std::uint32_t line)
+{
+    return link_between(list, list->last, new_node_by_slot(list, {flag, file_code, line}), nullptr);
+}
+
 // Takes `curr` out; answers its element.
 void *take_out(AsnList *list, const asn_tag &tag)
 {
@@ -43,6 +78,34 @@ void *take_out(AsnList *list, const asn_tag &tag)
     --list->count;
     asn_free(asn_free_is_default(), node, tag);
     return data;
+}
+
+// Releases elements and nodes from the front on, as long as they are those that the thread's own lists take, and
+// answers the node that it stopped at; its elements are counted off `count`.  `one_class`: the elements' size class
+// is that of the nodes.
+template <bool one_class>
+AsnListNode *free_to_own_lists(AsnListNode *node, std::size_t element_class, std::int32_t *count)
+{
+    tt_block_lists *const lists = tt_blocks_here;
+    tt_free_block        *nodes = lists->free[node_class], *elements = lists->free[element_class];
+    const std::uint32_t   room  = one_class                                                ? lists->room[node_class] / 2
+                                  : lists->room[node_class] < lists->room[element_class] ? lists->room[node_class]
+                                                                                         : lists->room[element_class];
+    std::uint32_t left = room;
+    while (node && left > 0 && tt_block_is(node, node_class) && node->data && tt_block_is(node->data, element_class)) {
+        AsnListNode *const   next = node->next;
+        tt_free_block *const data = new (node->data) tt_free_block{one_class ? nodes : elements};
+        elements                  = data;
+        nodes                     = new (node) tt_free_block{one_class ? data : nodes};
+        node                      = next;
+        --left;
+    }
+    lists->free[element_class] = elements;
+    lists->free[node_class]    = nodes;
+    lists->room[element_class] -= room - left;
+    lists->room[node_class] -= room - left;
+    *count -= static_cast<std::int32_t>(room - left);
+    return node;
 }
 
 void *move_to(AsnList *list, AsnListNode *node)
@@ -66,9 +129,18 @@ AsnList *AsnListNew(std::int32_t data_size, std::uint8_t flag, std::uint16_t fil
     return list;
 }
 
+// All that the most frequent operation needs in place: it calls nothing as long as the thread has blocks.
 AsnListNode *AsnListAppend(AsnList *list, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
-    return link_between(list, list->last, new_node(list, {flag, file_code, line}), nullptr);
+    AsnListNode *const node = take_node(list);
+    if (!node)
+        return append_by_slot(list, flag, file_code, line);
+    AsnListNode *const last             = list->last;
+    node->prev                          = last;
+    (last ? last->next : list->first)   = node;
+    list->last = list->curr             = node;
+    ++list->count;
+    return node;
 }
 
 AsnListNode *AsnListPrepend(AsnList *list, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
@@ -155,17 +227,23 @@ void AsnListFreeElmts(AsnList *list, std::uint8_t flag, std::uint16_t file_code,
 {
     const asn_tag tag        = {flag, file_code, line};
     const bool    is_default = asn_free_is_default();
-    for (AsnListNode *node = list->first; node;) {
+    std::int32_t  count      = list->count;
+    AsnListNode  *node       = list->first;
+    const auto    size_class = tt_block_class(static_cast<std::size_t>(list->dataSize));
+    if (is_default && tt_blocks_here && size_class < TT_BLOCK_CLASSES)
+        node = size_class == node_class ? free_to_own_lists<true>(node, size_class, &count)
+                                        : free_to_own_lists<false>(node, size_class, &count);
+    for (; node; --count) {
         AsnListNode *const next = node->next;
         asn_free(is_default, node->data, tag);
         asn_free(is_default, node, tag);
-        --list->count;
         node = next;
         if (node)
             node->prev = nullptr;
     }
-    AsnAssert(list->count == 0);
-    AsnListInit(list, list->dataSize);
+    *list = {nullptr, nullptr, nullptr, list->dataSize, count};
+    AsnAssert(count == 0);
+    list->count = 0;
 }
 
 void AsnListFree(AsnList *list, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)

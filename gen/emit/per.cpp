@@ -16,17 +16,21 @@ std::string head_of(std::string_view holds, const unit &u)
     return head;
 }
 
-/// The definition as the schema has it.
+/// The definition as the schema has it; of a nested type only where it stands.
 void put_definition(std::string &out, const codec &c)
 {
+    out += '\n';
+    if (c.is_nested) {
+        gen::put(out, "// in $around$, $source$\n", {{"around", c.asn_name}, {"source", c.source}});
+        return;
+    }
+    gen::put(out, "// $source$\n", {{"source", c.source}});
     std::string_view left = c.asn_text;
-    gen::put(out, "\n\n// $source$\n", {{"source", c.source}});
     while (!left.empty()) {
         const std::size_t end = std::min(left.find('\n'), left.size());
-        std::string_view  line = left.substr(0, end);
-        while (line.ends_with(' ') || line.ends_with('\r'))
-            line.remove_suffix(1);
-        out += line.empty() ? "//\n" : "// " + std::string(line) + "\n";
+        std::string       line = "// " + std::string(left.substr(0, end));
+        line.erase(line.find_last_not_of(" \t\r") + 1);
+        out += line + "\n";
         left.remove_prefix(std::min(end + 1, left.size()));
     }
 }

@@ -339,7 +339,10 @@ std::vector<const member *> additions_of(const codec &c)
 
 void put_heading(code_text &out, const codec &c)
 {
-    out.put("\n// $name$   $source$\n", {{"name", c.asn_name}, {"source", c.source}});
+    if (c.is_nested)
+        out.put("// $name$: in $around$, $source$\n", {{"name", c.name}, {"around", c.asn_name}, {"source", c.source}});
+    else
+        out.put("// $name$   $source$\n", {{"name", c.asn_name}, {"source", c.source}});
 }
 
 } // namespace solvane::gen::per

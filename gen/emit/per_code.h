@@ -98,6 +98,10 @@ std::vector<std::vector<bit_field>> words_of(const std::vector<bit_field> &field
 std::uint32_t                       width_of(const std::vector<bit_field> &word);
 std::string                         notes_of(const std::vector<bit_field> &word);
 
+/// The walk of a list by its cursor, up to a node without an element; `node` is where it stands.
+inline constexpr std::string_view list_walk =
+    "for (AsnListNode *node = value->curr = value->first; node && node->data; node = value->curr = node->next) {\n";
+
 /// Members of the root or the additions, in their order.
 std::vector<const member *> root_of(const codec &c);
 std::vector<const member *> additions_of(const codec &c);

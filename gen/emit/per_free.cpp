@@ -73,9 +73,8 @@ void put_list(releaser &r)
 {
     const usage &element = r.c.element.front();
     if (owns(element)) {
-        r.out.open(
-            "for (value->curr = value->first; value->curr && value->curr->data; value->curr = value->curr->next) {\n");
-        r.out.put("auto *const element = static_cast<$pointer$ *>(value->curr->data);\n",
+        r.out.open(list_walk);
+        r.out.put("auto *const element = static_cast<$pointer$ *>(node->data);\n",
                   {{"pointer", element.cpp_type}});
         put_usage(r, element, element_spot());
         r.out.close();

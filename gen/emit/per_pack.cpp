@@ -74,7 +74,7 @@ void put_usage_bounds(packer &k, const usage &type, const spot &at)
 std::string distance(const std::string &at, std::int64_t lower)
 {
     return lower == 0 ? fmt::format("std::uint32_t({})", at)
-                      : fmt::format("(std::uint32_t({}) {} {})", at, lower < 0 ? '+' : '-',
+                      : fmt::format("std::uint32_t({}) {} {}", at, lower < 0 ? '+' : '-',
                                     unsigned_literal(static_cast<std::uint64_t>(lower < 0 ? -lower : lower)));
 }
 
@@ -87,7 +87,9 @@ std::string written(const bit_field &f)
     if (type.shape == shape::boolean)
         return fmt::format("({} & 1u)", f.at.value);
     const bool        is_number = type.shape == shape::integer;
-    const std::string whole = distance(f.at.value, is_number ? type.number.lower : 0);
+    const std::int64_t lower = is_number ? type.number.lower : 0;
+    const std::string  sum = distance(f.at.value, lower);
+    const std::string  whole = lower == 0 ? sum : "(" + sum + ")";
     if (f.width == 32 || !bounds_test(type, f.at.value).empty())
         return whole;
     return fmt::format("({} & {})", whole, unsigned_literal((1ull << f.width) - 1));
@@ -109,14 +111,14 @@ void put_word(packer &k, const std::vector<bit_field> &word)
             pieces.push_back(left == 0 ? written(f) : fmt::format("{} << {}", written(f), left));
     }
     const std::string notes = notes_of(word);
-    k.out.put("per_put_$band$(stream, $width$, $first$$end$$notes$\n",
-              {{"band", band(width)},
-               {"width", std::to_string(width)},
-               {"first", pieces[0]},
-               {"end", pieces.size() == 1 ? ");" : ""},
-               {"notes", notes.empty() ? "" : " // " + notes}});
-    for (std::size_t n = 1; n < pieces.size(); ++n)
-        k.out.put("    | $piece$$end$\n", {{"piece", pieces[n]}, {"end", n + 1 == pieces.size() ? ");" : ""}});
+    const std::string head = fmt::format("per_put_{}(stream, {}, ", band(width), width);
+    if (pieces.size() == 1) {
+        k.out.put(head + pieces[0] + ");" + (notes.empty() ? "" : " // " + notes) + "\n");
+        return;
+    }
+    k.out.put("// " + notes + "\n");
+    for (std::size_t n = 0; n < pieces.size(); ++n)
+        k.out.put((n == 0 ? head : "    | ") + pieces[n] + (n + 1 == pieces.size() ? ");" : "") + "\n");
 }
 
 void put_words(packer &k, std::vector<bit_field> &fields)
@@ -229,6 +231,12 @@ void put_additions(packer &k)
     k.out.close();
 }
 
+/// Whether a value of the usage takes bits or is tested.
+bool writes(const usage &type)
+{
+    return !is_field(type, true) || field_width(type, true) > 0 || !bounds_test(type, "").empty();
+}
+
 void put_sequence(packer &k)
 {
     const bool             has_additions = k.c.is_extensible && k.c.no_additions > 0 && !additions_of(k.c).empty();
@@ -253,7 +261,7 @@ void put_sequence(packer &k)
             put_usage(k, m->type, at);
             continue;
         }
-        if (m->type.shape == shape::null)
+        if (!writes(m->type))
             continue;
         k.out.open("if ($test$) { // $name$\n", {{"test", presence_test(*m)}, {"name", m->name}});
         put_usage(k, m->type, at);
@@ -308,7 +316,7 @@ void put_list(packer &k)
     const whole_number &n = k.c.type.number;
     const usage        &element = k.c.element.front();
     if (n.has_upper) {
-        if (!n.exact || n.lower == n.upper)
+        if (!n.exact)
             put_bounds(k, number_test(n, "value->count"), k.c.type.label, "value->count", int_literal(n.lower));
         if (n.width > 0)
             k.out.put("per_put_$band$(stream, $width$, $count$); // $note$\n",
@@ -320,9 +328,9 @@ void put_list(packer &k)
         k.out.put("AsnLenSemiConstrained_pack(stream, AsnLen(value->count), $lower$, \"$label$\");\n",
                   {{"lower", std::to_string(n.lower)}, {"label", k.c.type.label}});
     }
-    k.out.open("for (value->curr = value->first; value->curr && value->curr->data; value->curr = value->curr->next) {\n");
+    k.out.open(list_walk);
     if (element.shape != shape::null) {
-        k.out.put("auto *const element = static_cast<$pointer$ *>(value->curr->data);\n",
+        k.out.put("auto *const element = static_cast<$pointer$ *>(node->data);\n",
                   {{"pointer", element.cpp_type}});
         put_usage(k, element, element_spot());
     }

@@ -424,6 +424,19 @@ void put_count(unpacker &u)
                   {{"lower", std::to_string(n.lower)}, {"label", u.c.type.label}});
 }
 
+/// The chain of a loop: the local record stays in force from element to element.
+void put_merge(unpacker &u, const usage &element)
+{
+    if (is_chained(element))
+        u.out.put("if (per_merge_error(&local, outer) != 0)\n    break;\n");
+}
+
+void put_leave_loop(unpacker &u, const usage &element)
+{
+    if (is_chained(element))
+        u.out.put("stream->err_hndl = outer;\n");
+}
+
 void put_list(unpacker &u)
 {
     const usage &element = u.c.element.front();
@@ -431,6 +444,8 @@ void put_list(unpacker &u)
         put_chain_locals(u);
     u.out.put("AsnListInit(value, sizeof($type$));\n", {{"type", element.cpp_type}});
     put_count(u);
+    if (is_chained(element))
+        u.out.put("per_enter(stream, &local);\n");
     u.out.open("for (; count > 0; --count) {\n");
     const std::string append = fmt::format("AsnListAppend(value, {})", tag_of(u));
     if (element.shape == shape::null)
@@ -438,20 +453,26 @@ void put_list(unpacker &u)
     else {
         u.out.put("const AsnListNode *const node = " + append + ";\n");
         u.out.put("auto *const element = static_cast<$pointer$ *>(node->data);\n", {{"pointer", element.cpp_type}});
-        put_chained(u, element, element_spot(), leave_mandatory);
+        put_plain(u, element, element_spot());
+        put_merge(u, element);
     }
     u.out.close();
+    put_leave_loop(u, element);
 }
 
 void put_array(unpacker &u)
 {
     const usage &element = u.c.element.front();
-    if (is_chained(element))
+    if (is_chained(element)) {
         put_chain_locals(u);
+        u.out.put("per_enter(stream, &local);\n");
+    }
     u.out.open("for (std::uint32_t n = 0; n < $count$; ++n) {\n",
                {{"count", std::to_string(u.c.type.number.upper)}});
-    put_chained(u, element, array_spot(), leave_mandatory);
+    put_plain(u, element, array_spot());
+    put_merge(u, element);
     u.out.close();
+    put_leave_loop(u, element);
 }
 
 void put_body(unpacker &u)

@@ -40,13 +40,20 @@ void put_usage(printer &r, const usage &type, const spot &at, std::string_view i
     r.out.put("$call$, buffer, $indent$);\n", {{"call", call}, {"indent", indent}});
 }
 
-constexpr std::string_view deeper = "std::uint16_t(indent + ASN_INDENT_STEP)";
+constexpr std::string_view deeper = "inner";
+
+void put_inner(printer &r)
+{
+    r.out.put("const auto inner = static_cast<std::uint16_t>(indent + ASN_INDENT_STEP);\n");
+}
 
 /// The first member that is printed has no comma ahead of it: known where the schema's first member always is there.
 void put_sequence(printer &r)
 {
     const bool open_start = !r.c.members.empty() && !r.c.members.front().flag.empty();
     bool       certain = false; // a member has been printed for sure
+    if (!r.c.members.empty())
+        put_inner(r);
     r.out.put("AsnPrintSequence(buffer);\n");
     if (open_start)
         r.out.put("bool first = true;\n");
@@ -68,6 +75,7 @@ void put_sequence(printer &r)
 
 void put_choice(printer &r)
 {
+    put_inner(r);
     r.out.put("switch (value->ChoiceId) {\n");
     for (std::size_t n = 0; n < r.c.alternatives.size(); ++n) {
         const alternative &a = r.c.alternatives[n];
@@ -83,13 +91,14 @@ void put_choice(printer &r)
 void put_list(printer &r)
 {
     const usage &element = r.c.element.front();
+    put_inner(r);
     r.out.put("AsnPrintList(buffer);\n");
-    r.out.open("for (value->curr = value->first; value->curr && value->curr->data; value->curr = value->curr->next) {\n");
+    r.out.open(list_walk);
     r.out.put("AsnPrintFirst(buffer, indent, \"\");\n");
-    r.out.put("auto *const element = static_cast<$pointer$ *>(value->curr->data);\n",
+    r.out.put("auto *const element = static_cast<$pointer$ *>(node->data);\n",
               {{"pointer", element.cpp_type}});
     put_usage(r, element, element_spot(), deeper);
-    r.out.put("if (value->curr->data != value->last->data)\n    AsnTextBufPut(buffer, \",\\n\");\n");
+    r.out.put("if (node->data != value->last->data)\n    AsnTextBufPut(buffer, \",\\n\");\n");
     r.out.close();
     r.out.put("AsnPrintEnd(buffer, indent);\n");
 }
@@ -97,6 +106,7 @@ void put_list(printer &r)
 void put_array(printer &r)
 {
     const std::int64_t count = r.c.type.number.upper;
+    put_inner(r);
     r.out.put("AsnPrintList(buffer);\n");
     r.out.open("for (std::uint32_t n = 0; n < $count$; ++n) {\n", {{"count", std::to_string(count)}});
     r.out.put("AsnPrintFirst(buffer, indent, \"\");\n");

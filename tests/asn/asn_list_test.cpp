@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <set>
@@ -202,6 +203,34 @@ TEST(AsnList, AllocatesNodeAndZeroedElementWithTheTagAndReleasesBoth)
                                                               released}));
     EXPECT_EQ(live.size(), 0u);
     EXPECT_EQ(report_catcher::exits.size(), 0u);
+}
+
+// Elements of every size class, the nodes' own among them, and blocks that are no longer of the list's size.
+TEST(AsnList, ReleasesElementsOfAllSizesToTheHeap)
+{
+    for (const std::int32_t size : {0, 4, 8, 9, 24, 25, 400, 504, 505, 3000}) {
+        SCOPED_TRACE(size);
+        for (int round = 0; round < 3; ++round) {
+            AsnList list;
+            AsnListInit(&list, size);
+            for (int n = 0; n < 300; ++n)
+                std::memset(AsnListAppend(&list)->data, n, static_cast<std::size_t>(size));
+            std::int32_t n = 0;
+            for (const AsnListNode *node = list.first; node; node = node->next, ++n) {
+                const auto *const octets = static_cast<const std::uint8_t *>(node->data);
+                EXPECT_EQ(std::count(octets, octets + size, static_cast<std::uint8_t>(n)), size);
+            }
+            EXPECT_EQ(n, 300);
+            AsnListFirst(&list);
+            list.curr->data = AsnMemRealloc(list.curr->data, 5000, static_cast<std::size_t>(size));
+            AsnListNext(&list);
+            AsnMemFree(list.curr->data);
+            list.curr->data = nullptr;
+            AsnListFreeElmts(&list);
+            EXPECT_EQ(list.first, nullptr);
+            EXPECT_EQ(list.count, 0);
+        }
+    }
 }
 
 TEST(AsnList, ACountThatIsNotThatOfTheNodesIsFoundAtTheRelease)

@@ -50,7 +50,7 @@ void *tt_block_resize(void *block, std::size_t size);
 void  tt_block_free(void *block);
 
 /// The size class of `size` octets; TT_BLOCK_CLASSES or above for a large block.
-inline std::size_t tt_block_class(std::size_t size)
+constexpr std::size_t tt_block_class(std::size_t size)
 {
     constexpr std::size_t fits = TT_BLOCK_STEP - sizeof(tt_block_head);
     return size / TT_BLOCK_STEP + (size % TT_BLOCK_STEP > fits);
@@ -66,6 +66,12 @@ inline void *tt_block_take(std::size_t size_class)
     lists->free[size_class]    = block->next;
     ++lists->room[size_class];
     return block;
+}
+
+/// Whether `block` is one of `size_class`.
+inline bool tt_block_is(const void *block, std::size_t size_class)
+{
+    return (static_cast<const tt_block_head *>(block) - 1)->size_class == size_class;
 }
 
 /// Puts `block`, which is not null, back into the thread's own list.  False when that is full or the block is large.
