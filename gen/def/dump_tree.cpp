@@ -309,8 +309,9 @@ std::string dump_tree(const peers_def &peers)
     for (const peer_family_def &family : peers.families) {
         out += "family " + family.id.text + " {\n";
         for (const peer_row_def &row : family.rows) {
-            out += fmt::format("    {} {{ pack {}; unpack {}; }}\n", row.structure.text, row.pack.text,
-                               row.unpack.text);
+            out += "    " + row.structure.text;
+            out += row.pack.text.empty() ? ";\n"
+                                         : fmt::format(" {{ pack {}; unpack {}; }}\n", row.pack.text, row.unpack.text);
         }
         out += "}\n";
     }
