@@ -362,7 +362,47 @@ TEST(classify, names_structures)
 TEST(decode, follows_pointers_counts_and_lists)
 {
     check({
-        {"every kind of pointer", {"decode", "odd_struct", "a1b2"}, 0, R"x(odd_struct /* stack, 2 octets */
+        {"brief", {"decode", "odd_struct", "a1b2"}, 0, R"x(odd_struct /* stack, 2 octets */
+    kind    2
+    number  0
+    pd      0
+    ti      0
+    wide    0
+    colour  0 RED
+    choice  (case 2)
+        word  7
+    extraP  1
+    extra   9
+    data    a1b2
+    grid
+        [0]
+            [0]  0
+            [1]  0
+            [2]  0
+        [1]
+            [0]  0
+            [1]  0
+            [2]  0
+    links
+        [0]  null
+        [1]
+            one  0
+            two  0
+    bits
+        bitLen  9
+        bits    0080
+    pairs
+        [0]
+            one  1  "first"
+            two  11
+        [1]
+            one  2  "second"
+            two  12
+    loose   00000000  (no selector named)
+    name    0000000000000000
+    last    0
+)x"},
+        {"every kind of pointer", {"decode", "--all", "odd_struct", "a1b2"}, 0, R"x(odd_struct /* stack, 2 octets */
     kind     2
     number   0
     pd       0

@@ -21,6 +21,7 @@ struct decode_options {
     std::string              read;
     std::string              times = "relative";
     bool                     isolate = false;
+    bool                     all = false;
 };
 
 /// A message that is to be shown: where it comes from and what it holds.
@@ -35,7 +36,7 @@ const char *error_word(const PerError &error)
     return error.code == 0 ? "none" : error.code == 1 ? "soft" : "hard";
 }
 
-void show(session &work, const subject &about, const message_tree &found, time_format &times)
+void show(session &work, const subject &about, const message_tree &found, bool all, time_format &times)
 {
     if (!work.settings.json) {
         work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) +
@@ -43,7 +44,7 @@ void show(session &work, const subject &about, const message_tree &found, time_f
                   work.paint(ink::note, fmt::format("/* {}, {} */", found.in->name,
                                                     counted(about.message.size(), "octet"))) +
                   (found.remarks.empty() ? "" : "  " + work.paint(ink::bad, found.remarks)));
-        print_value(work, found.value);
+        print_value(work, all ? found.value : brief(found.value));
         return;
     }
     json out = json_object("decoded");
@@ -64,9 +65,9 @@ void show(session &work, const subject &about, const message_tree &found, time_f
 }
 
 /* False when the library died on it. */
-bool decode(session &work, const subject &about, bool isolate, time_format &times)
+bool decode(session &work, const subject &about, const decode_options &options, time_format &times)
 {
-    const message_tree found = tree_of(work, about.name, about.message, isolate);
+    const message_tree found = tree_of(work, about.name, about.message, options.isolate);
     if (found.in == nullptr) {
         work.finding(fmt::format("{} is in no dictionary", about.name));
         return true;
@@ -78,7 +79,7 @@ bool decode(session &work, const subject &about, bool isolate, time_format &time
     if (!found.remarks.empty()) {
         work.note_finding();
     }
-    show(work, about, found, times);
+    show(work, about, found, options.all, times);
     return true;
 }
 
@@ -108,7 +109,7 @@ bool decode_packet(session &work, const packet &what, std::uint8_t entity, const
         work.finding(fmt::format("packet {}: no codec for {}", what.number, found.name));
         return true;
     }
-    return decode(work, {found.name, message->peer, &what}, options.isolate, times);
+    return decode(work, {found.name, message->peer, &what}, options, times);
 }
 
 int run_recording(session &work, const decode_options &options)
@@ -138,7 +139,7 @@ int run(session &work, const decode_options &options)
     find_peer_row(work, options.name);
     time_format   times("none");
     const subject about = {options.name, hex_words(options.words, "the message")};
-    return decode(work, about, options.isolate, times) ? work.result() : exit_decoder_died;
+    return decode(work, about, options, times) ? work.result() : exit_decoder_died;
 }
 
 } // namespace
@@ -159,6 +160,7 @@ command decode_command()
          {"HEX", "octets of the message, or - for hex on standard input", &options->words, false}},
         {{"-r,--read", "FILE", "decode the messages of a recording", &options->read, {}, completes::file},
          {"-t,--time", "FORMAT", "relative, delta, absolute, epoch or none", &options->times},
+         {"--all", "", "also what is absent, counts, capacities and flags", &options->all},
          {"--isolate", "", "try every message in a child process first", &options->isolate}},
         [options](session &work) { return run(work, *options); },
     };

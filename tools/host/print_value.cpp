@@ -77,7 +77,76 @@ void print_children(session &to, const value_node &node, std::size_t indent)
     }
 }
 
+const value_node *sibling(const value_node &of, std::string_view name)
+{
+    const auto found = std::find_if(of.children.begin(), of.children.end(),
+                                    [&](const value_node &each) { return each.name == name; });
+    return found != of.children.end() ? &*found : nullptr;
+}
+
+/* Whether `node` only serves another member of `in`: counts it, tells its room or its presence. */
+bool serves(const value_node &in, const value_node &node)
+{
+    const std::string_view name = node.name;
+    const auto             of = [&](std::string_view ending) {
+        return name.ends_with(ending) && sibling(in, name.substr(0, name.size() - ending.size())) != nullptr;
+    };
+    return of("_present") || of("Opt") || (name.ends_with("_present") && node.number == 0) ||
+           (of("_size") && sibling(in, "no_" + std::string(name.substr(0, name.size() - 5))) != nullptr) ||
+           (name.starts_with("no_") && sibling(in, name.substr(3)) != nullptr);
+}
+
+bool is_nothing(const value_node &node)
+{
+    return node.form == shape::absent || (node.form == shape::pointer && node.children.empty() && node.number == 0);
+}
+
+/* An array in place holds as many elements as its count says. */
+void cut_to_count(const value_node &in, value_node &node)
+{
+    const value_node *count = sibling(in, "no_" + node.name);
+    if (count == nullptr || count->form != shape::number) {
+        return;
+    }
+    const auto wanted = static_cast<std::size_t>(count->number);
+    if (node.form == shape::octets && wanted <= node.bytes.size()) {
+        node.bytes.resize(wanted);
+    } else if (node.form == shape::list && wanted <= node.children.size()) {
+        node.children.resize(wanted);
+    }
+}
+
+bool is_empty(const value_node &node)
+{
+    return (node.form == shape::octets && node.bytes.empty()) || (node.form == shape::list && node.children.empty());
+}
+
 } // namespace
+
+value_node brief(value_node node)
+{
+    if (node.form == shape::pointer && node.children.size() == 1 && node.children[0].form != shape::number) {
+        value_node content = std::move(node.children[0]);
+        content.name = node.name;
+        return brief(std::move(content));
+    }
+    std::vector<value_node> kept;
+    for (const auto &each : node.children) {
+        const bool member = node.form == shape::record;
+        if (member && (is_nothing(each) || serves(node, each))) {
+            continue;
+        }
+        value_node copy = each;
+        if (member) {
+            cut_to_count(node, copy);
+        }
+        if (!member || !is_empty(copy) || is_empty(each)) {
+            kept.push_back(brief(std::move(copy)));
+        }
+    }
+    node.children = std::move(kept);
+    return node;
+}
 
 std::string number_text(const painter &paint, const value_node &node)
 {

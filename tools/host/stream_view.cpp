@@ -325,7 +325,7 @@ void stream_view::state::show(const packet &what, const record &found, const std
         const std::string remark = found.complaint.empty() ? "" : "  " + work.paint(ink::bad, found.complaint);
         work.line(stream_line(work, time, found.colour, found.head, text + remark, found.place));
         if (found.body) {
-            print_value(work, *found.body);
+            print_value(work, brief(*found.body));
         }
     }
     if (!found.complaint.empty()) {
