@@ -134,24 +134,26 @@ template <typename Element, typename Capacity> void msg_release(Element **array,
 }
 
 /// Reads up to `count` octets, as many as are left, into an array that grows to one more.  Answers how many.
-template <typename Capacity>
-std::uint32_t msg_get_octets(unpack_info_struct *stream, std::uint32_t count, std::uint8_t **array,
-                             Capacity *capacity, msg_tag tag)
+template <typename Octet, typename Capacity>
+std::uint32_t msg_get_octets(unpack_info_struct *stream, std::uint32_t count, Octet **array, Capacity *capacity,
+                             msg_tag tag)
 {
+    static_assert(sizeof(Octet) == 1);
     const std::uint32_t octets = msg_at_most(count, msg_left(stream));
     if (!msg_grow(array, capacity, octets + 1, 0, tag))
         return 0;
-    per_get_octets(stream, *array, octets);
+    per_get_octets(stream, reinterpret_cast<std::uint8_t *>(*array), octets);
     return octets;
 }
 
 /// The same into an array in place; what it has no room for is passed over.
-inline std::uint32_t msg_get_octets(unpack_info_struct *stream, std::uint32_t count, std::uint8_t *array,
-                                    std::uint32_t room)
+template <typename Octet>
+std::uint32_t msg_get_octets(unpack_info_struct *stream, std::uint32_t count, Octet *array, std::uint32_t room)
 {
+    static_assert(sizeof(Octet) == 1);
     const std::uint32_t there  = msg_at_most(count, msg_left(stream));
     const std::uint32_t octets = msg_at_most(there, room);
-    per_get_octets(stream, array, octets);
+    per_get_octets(stream, reinterpret_cast<std::uint8_t *>(array), octets);
     per_skip_bits(stream, (there - octets) * 8);
     return octets;
 }

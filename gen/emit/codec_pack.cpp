@@ -71,7 +71,7 @@ void packer::array(const wire_item &i)
         return;
     }
     if (i.octets && i.extent != wire_extent::chained) {
-        code.line(fmt::format("per_put_octets(stream, {}, {});", array, count));
+        code.line(fmt::format("per_put_octets(stream, {}, {});", octets_text(m, i.member, true), count));
         return;
     }
     const bool chained = i.extent == wire_extent::chained;

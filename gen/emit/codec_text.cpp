@@ -128,6 +128,14 @@ std::string conditions_text(const model &m, const std::vector<wire_condition> &c
     return text;
 }
 
+std::string octets_text(const model &m, const wire_place &array, bool is_const)
+{
+    const std::string text = place_text(m, array);
+    if (base_of(m, place_member(m, array).type).base == kind::unsigned_char)
+        return text;
+    return fmt::format("reinterpret_cast<{}std::uint8_t *>({})", is_const ? "const " : "", text);
+}
+
 std::string codec_function(const model &m, std::uint32_t record_id, const char *operation)
 {
     return wire_function(record_name(m, record_id), operation);

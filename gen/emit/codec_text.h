@@ -39,6 +39,9 @@ std::string mask_text(std::uint32_t bits);
 /// An expression that is true where all conditions hold.
 std::string conditions_text(const model &m, const std::vector<wire_condition> &conditions);
 
+/// An array of octets as `std::uint8_t *`, const to be read from.
+std::string octets_text(const model &m, const wire_place &array, bool is_const);
+
 /// A function of the codec of a record.
 std::string codec_function(const model &m, std::uint32_t record_id, const char *operation);
 

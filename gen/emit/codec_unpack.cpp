@@ -252,7 +252,7 @@ void unpacker::fixed_array(const wire_item &i)
     if (bits)
         guard(*bits * i.count);
     if (i.octets) {
-        code.line(fmt::format("per_get_octets(stream, {}, {});", place_text(m, i.member), i.count));
+        code.line(fmt::format("per_get_octets(stream, {}, {});", octets_text(m, i.member, false), i.count));
         return;
     }
     code.line(fmt::format("for (std::uint32_t n = 0; n < {}; n++)", i.count));
