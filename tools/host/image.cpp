@@ -219,19 +219,24 @@ value_node reader::record(const resolved_type &type, const site &where) const
     return node;
 }
 
+std::string bits_text(unsigned width)
+{
+    return fmt::format("{} bit{}", width, width == 1 ? "" : "s");
+}
+
 /* `where.at` starts at the structure here and in the functions below. */
 value_node reader::member(const laid_record &whole, const laid_member &each, const site &where) const
 {
-    if (each.is_bit_field()) {
-        return bit_field(each, where);
-    }
     const bool optional = each.row->role == RW_ROLE_OPTIONAL || each.row->role == RW_ROLE_ARRAY;
     if (!whole.is_union() && optional && each.row->ref != RW_NO_REF &&
         plain_number(whole, each.row->ref, where) == std::int64_t{0}) {
         value_node node;
-        node.type = each.type.name;
+        node.type = each.is_bit_field() ? bits_text(each.width) : std::string(each.type.name);
         node.form = shape::absent;
         return node;
+    }
+    if (each.is_bit_field()) {
+        return bit_field(each, where);
     }
     if (!whole.is_union() && each.row->role == RW_ROLE_UNION) {
         return selected(whole, each, where);
@@ -247,7 +252,7 @@ value_node reader::member(const laid_record &whole, const laid_member &each, con
 value_node reader::bit_field(const laid_member &each, const site &where) const
 {
     value_node node;
-    node.type = fmt::format("{} bit{}", each.width, each.width == 1 ? "" : "s");
+    node.type = bits_text(each.width);
     if (where.at.size() < each.offset + each.size) {
         node.form = shape::cut;
         return node;
