@@ -18,11 +18,19 @@ std::uint32_t msg_look(const unpack_info_struct *stream, std::uint32_t offset, s
 
 namespace {
 
+/// In `aux` of the record that is in force while an element of an array is read.  The caller's own record hears nothing
+/// of a length that is too great: such an element stays unread, and that is no error.
+enum : std::uint32_t { in_element = 0x454C454D };
+
 bool open_part(unpack_info_struct *stream, msg_part *part, std::uint32_t width)
 {
     const std::uint32_t octets = per_peek_bits(stream->frame, stream->bits & 7, width);
-    if (static_cast<std::int32_t>(octets) > stream->fr_size)
+    if (static_cast<std::int32_t>(octets) > stream->fr_size) {
+        auto *const error = static_cast<PerError *>(stream->err_hndl);
+        if (error && error->aux == in_element)
+            error->code = PER_HARD_ERROR;
         return false;
+    }
     per_pass(stream, width);
     *part = {stream->frame, stream->bits, octets, stream->fr_size - static_cast<std::int32_t>(octets)};
     // From the middle of an octet the part reaches into one more.
@@ -54,6 +62,26 @@ void trim(pack_info_struct *stream, std::uint8_t *frame, std::uint32_t begin, st
 }
 
 } // namespace
+
+void msg_begin_element(unpack_info_struct *stream, msg_element *element)
+{
+    *element           = {*stream, {}};
+    element->error.aux = in_element;
+    stream->err_hndl   = &element->error;
+}
+
+bool msg_end_element(unpack_info_struct *stream, const msg_element *element)
+{
+    auto *const outer = static_cast<PerError *>(element->begin.err_hndl);
+    const bool  fits  = element->error.code == PER_NO_ERROR && stream->fr_size >= 0 &&
+                      stream->bits != element->begin.bits;
+    if (outer && element->error.must_understand != 0)
+        outer->must_understand = 1;
+    stream->err_hndl = outer;
+    if (!fits)
+        *stream = element->begin;
+    return fits;
+}
 
 bool msg_open_8(unpack_info_struct *stream, msg_part *part)
 {

@@ -133,6 +133,19 @@ template <typename Element, typename Capacity> void msg_release(Element **array,
     *capacity = 0;
 }
 
+/// An element of an array that is being read, and where it begins.
+struct msg_element {
+    unpack_info_struct begin;
+    PerError           error; ///< in force meanwhile
+};
+
+/* Elements of varying size
+ *   begin   puts an error record of its own in force
+ *   end     false where the element does not fit: a length in it is greater than what was left, or it passes the end, or
+ *           it took nothing.  The cursor is then back at its beginning  */
+void msg_begin_element(unpack_info_struct *stream, msg_element *element);
+bool msg_end_element(unpack_info_struct *stream, const msg_element *element);
+
 /// Reads up to `count` octets, as many as are left, into an array that grows to one more.  Answers how many.
 template <typename Octet, typename Capacity>
 std::uint32_t msg_get_octets(unpack_info_struct *stream, std::uint32_t count, Octet **array, Capacity *capacity,

@@ -203,12 +203,14 @@ void unpacker::elements(const wire_item &i)
                               place_text(m, i.capacity), count, 4));
         code.line("    break;");
     }
-    if (!bits)
-        code.line("const std::uint32_t before = stream->bits;");
+    if (!bits) {
+        code.line("msg_element one;");
+        code.line("msg_begin_element(stream, &one);");
+    }
     element(i, count);
     if (!bits) {
-        code.line("if (stream->bits == before)");
-        code.line("    break; // its length passes the end");
+        code.line("if (!msg_end_element(stream, &one))");
+        code.line("    break;");
     }
     code.line(fmt::format("{}++;", count));
     code.close();
