@@ -112,10 +112,9 @@ struct type {
     bool                        extensible = false;
 
     // checked
-    const assignment *target = nullptr;  ///< reference: the type assignment; null for one that is none
-    bounds            range;             ///< integer: of all constraints on the way
-    bounds            size;              ///< strings and lists likewise
-    std::string       cpp_name;          ///< of a type that has a record, enumeration or functions of its own
+    assignment *target = nullptr;  ///< reference: the type assignment
+    bounds      range;             ///< integer: of all constraints on the way
+    bounds      size;              ///< strings and lists likewise
 };
 
 enum class presence : std::uint8_t { mandatory, optional, with_default };
@@ -129,6 +128,7 @@ struct member {
     bool                 is_addition = false;
     bool                 is_group = false;
     bool                 is_components_of = false;
+    std::int64_t         fallback_number = 0;  ///< checked: of an integer or boolean, or the enumerator's index
 };
 
 enum class assignment_kind : std::uint8_t { type, value, value_set, object_class, object, object_set };
