@@ -10,18 +10,20 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "asn1/dump_tree.h"
+#include "asn1/folder.h"
+#include "asn1/lex.h"
 #include "base/diagnostics.h"
 #include "base/input.h"
 #include "base/output.h"
-#include "def/check.h"
 #include "def/lex.h"
-#include "def/lower.h"
 #include "def/parse.h"
 #include "emit/emit.h"
 #include "model/dump.h"
 #include "model/model.h"
 #include "model/rows.h"
 #include "model/scale.h"
+#include "stages.h"
 
 namespace {
 
@@ -36,6 +38,7 @@ struct options {
     std::string depfile_target;
     std::string dump;
     std::string scale;
+    std::vector<std::string> schemas;
     bool        list_outputs = false;
 };
 
@@ -55,16 +58,20 @@ std::string dump_all_tokens(diagnostics &diag, const std::vector<input_file> &in
 {
     std::string out;
     for (const input_file &input : inputs) {
-        if (!input.path.ends_with(".tsv"))
-            out += fmt::format("== {}\n", input.path) +
-                   def::dump_tokens(def::lex(diag, diag.add_file(input.path, input.text)));
+        if (input.path.ends_with(".tsv"))
+            continue;
+        const std::uint32_t file = diag.add_file(input.path, input.text);
+        out += fmt::format("== {}\n", input.path);
+        out += input.path.ends_with(".asn") ? asn1::dump_tokens(asn1::lex(diag, file))
+                                            : def::dump_tokens(def::lex(diag, file));
     }
     return out;
 }
 
-std::string dump_all_trees(const def::folder_def &folder)
+std::string dump_all_trees(const parsed_folder &parsed)
 {
-    std::string out;
+    const def::folder_def &folder = parsed.definitions;
+    std::string            out;
     if (folder.baseline)
         out += "== baseline.def\n" + def::dump_tree(*folder.baseline);
     if (folder.peers)
@@ -73,6 +80,11 @@ std::string dump_all_trees(const def::folder_def &folder)
         out += fmt::format("== {}\n", unit.path) + def::dump_tree(unit);
     for (const def::values_def &values : folder.values)
         out += fmt::format("== {}\n", values.path) + def::dump_tree(values);
+    for (const asn1::domain_schema &schema : parsed.schemas) {
+        out += fmt::format("== {}/*.asn\n", schema.domain);
+        for (const asn1::module &m : schema.modules.modules)
+            out += asn1::dump_tree(m);
+    }
     return out;
 }
 
@@ -81,12 +93,14 @@ std::vector<std::string> dependencies(const std::string &root, const std::vector
 {
     std::vector<std::string> paths = {root};
     for (const input_file &input : inputs) {
+        if (!input.shown.empty()) // from elsewhere
+            continue;
         const std::string parent = std::filesystem::path(root + "/" + input.path).parent_path().generic_string();
         if (std::find(paths.begin(), paths.end(), parent) == paths.end())
             paths.push_back(parent);
     }
     for (const input_file &input : inputs)
-        paths.push_back(root + "/" + input.path);
+        paths.push_back(input.shown.empty() ? root + "/" + input.path : input.shown);
     return paths;
 }
 
@@ -116,11 +130,36 @@ int write_all(const options &o, const std::vector<input_file> &inputs, const std
     return failed ? fail(*failed) : exit_done;
 }
 
+/// `domain=file[:module,module]`
+asn1::replacement parse_replacement(const std::string &text)
+{
+    asn1::replacement out;
+    const std::size_t equals = text.find('=');
+    const std::size_t colon = text.rfind(':');
+    out.domain = text.substr(0, equals);
+    out.file = text.substr(equals + 1, colon == std::string::npos ? colon : colon - equals - 1);
+    for (std::size_t at = colon; at != std::string::npos;) {
+        const std::size_t end = text.find(',', at + 1);
+        out.modules.push_back(text.substr(at + 1, end == std::string::npos ? end : end - at - 1));
+        at = end;
+    }
+    return out;
+}
+
+std::vector<asn1::replacement> replacements(const options &o)
+{
+    std::vector<asn1::replacement> out;
+    for (const std::string &text : o.schemas)
+        out.push_back(parse_replacement(text));
+    return out;
+}
+
 int run(const options &o)
 {
-    std::string                                  unreadable;
-    const std::optional<std::vector<input_file>> inputs = read_folder(o.db, unreadable);
-    if (!inputs)
+    const std::vector<asn1::replacement>   schemas = replacements(o);
+    std::string                            unreadable;
+    std::optional<std::vector<input_file>> inputs = read_folder(o.db, unreadable);
+    if (!inputs || !asn1::replace_schemas(*inputs, schemas, unreadable))
         return fail(fmt::format("cannot read '{}'", unreadable));
 
     diagnostics diag;
@@ -129,7 +168,7 @@ int run(const options &o)
         return diag.failed() ? tell(diag) : exit_done;
     }
 
-    def::folder_def tree = def::parse_folder(diag, *inputs, o.db + "/");
+    parsed_folder tree = parse_all(diag, *inputs, schemas, o.db + "/");
     if (o.dump == "tree")
         std::cout << dump_all_trees(tree);
     if (diag.failed())
@@ -137,11 +176,9 @@ int run(const options &o)
     if (o.dump == "tree")
         return exit_done;
 
-    def::checked_folder checked = def::check(diag, std::move(tree));
+    model m = lower_all(diag, std::move(tree));
     if (diag.failed())
         return tell(diag);
-
-    model m = def::lower(std::move(checked));
     if (!o.scale.empty())
         scale_up(m, o.scale == "full" ? 100u : static_cast<std::uint32_t>(std::stoul(o.scale)));
     lay_rows(m, diag);
@@ -182,6 +219,14 @@ int main(int argc, char **argv)
     app.add_option("--scale", o.scale, "Add made-up rows up to the size of a whole stack build, or N per cent of it")
         ->check(CLI::IsMember({"full"}) | CLI::Range(1, 100))
         ->option_text("full|N");
+    app.add_option("--schema", o.schemas,
+                   "Take the ASN.1 types of a domain from this file in place of the folder's, of these modules alone")
+        ->check([](const std::string &text) {
+            const std::size_t equals = text.find('=');
+            const bool        known = asn1::family_of(text.substr(0, equals)) != nullptr;
+            return equals != std::string::npos && known ? "" : "wants lte=, nr= or umts= and a file";
+        })
+        ->option_text("DOMAIN=FILE[:MODULE,...]");
     try {
         app.parse(argc, argv);
         if (out->empty() && dump->empty())

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 bool is_definition(const fs::path &path)
 {
     const fs::path ending = path.extension();
-    return ending == ".def" || ending == ".val" || ending == ".tsv";
+    return ending == ".def" || ending == ".val" || ending == ".tsv" || ending == ".asn";
 }
 
 /// Paths below `folder`, relative to it, down to `depth` further folders.
@@ -53,7 +53,7 @@ std::optional<std::vector<input_file>> read_folder(const fs::path &folder, std::
         std::string text(std::istreambuf_iterator<char>(in), {});
         if (in.bad())
             return std::nullopt;
-        files.push_back({std::move(path), std::move(text)});
+        files.push_back({std::move(path), std::move(text), {}});
     }
     return files;
 }

@@ -12,10 +12,11 @@ namespace solvane::gen {
 struct input_file {
     std::string path;  ///< from the folder's root, '/' between the parts
     std::string text;
+    std::string shown{}; ///< path in messages; empty: `path` behind that of the folder
 };
 
-/// The files at the top of `folder` and one folder below it that have one of the endings `.def`, `.val` and
-/// `.tsv`, in the order of their paths by octet value.  Answers nothing when one of them cannot be read and puts
+/// The files at the top of `folder` and one folder below it that have one of the endings `.def`, `.val`,
+/// `.tsv` and `.asn`, in the order of their paths by octet value.  Answers nothing when one of them cannot be read and puts
 /// its path into `unreadable`.
 std::optional<std::vector<input_file>> read_folder(const std::filesystem::path &folder, std::string &unreadable);
 

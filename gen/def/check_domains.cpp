@@ -435,7 +435,7 @@ namespace {
 /// A row without functions has those of the structure's wire format.
 void name_functions(scope &s, peer_row_def &row)
 {
-    const record_def &r = *s.records[row.record_id];
+    const record_def &r = *s.records[row.type.id];
     if (!r.wire) {
         s.diag.conflict(row.structure.where, fmt::format("'{}' has no wire format: name its functions",
                                                          row.structure.text), r.id.where, "it is defined here");
@@ -443,6 +443,19 @@ void name_functions(scope &s, peer_row_def &row)
     }
     row.pack.text = wire_function(r.id.text, "pack");
     row.unpack.text = wire_function(r.id.text, "unpack");
+}
+
+/// A row without functions whose name is an ASN.1 type has the entries of that type's codec.
+bool name_entries(const scope &s, peer_row_def &row)
+{
+    const auto at = s.types.find(row.structure.text);
+    row.of_schema = row.pack.text.empty() && at != s.types.end() && s.folder.units[at->second.unit].of_schema;
+    if (!row.of_schema)
+        return false;
+    row.type = at->second.use;
+    row.pack.text = row.structure.text + "_encode";
+    row.unpack.text = row.structure.text + "_decode";
+    return true;
 }
 
 } // namespace
@@ -462,10 +475,12 @@ void check_peers(scope &s, const checked_folder &folder)
         once rows{s, {}};
         for (peer_row_def &row : family.rows) {
             rows(row.structure, "structure");
+            if (name_entries(s, row))
+                continue;
             const type_symbol *symbol = find_in_domain(s, units, "any domain", row.structure, wanted::structure);
             if (symbol == nullptr)
                 continue;
-            row.record_id = look_through(s, symbol->use).use.id;
+            row.type = look_through(s, symbol->use).use;
             if (row.pack.text.empty())
                 name_functions(s, row);
         }

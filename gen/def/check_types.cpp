@@ -259,7 +259,7 @@ void check_definition::operator()(record_def &r) const
 {
     if (r.wire)
         expand_wire(r);
-    if (r.members.empty())
+    if (r.members.empty() && !r.of_schema && !unit.declared_in)
         s.diag.error(r.id.where, fmt::format("'{}' has no members", r.id.text));
     std::unordered_map<std::string, place> names;
     for (member_def &m : r.members) {

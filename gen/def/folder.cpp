@@ -52,6 +52,8 @@ folder_def parse_folder(diagnostics &diag, const std::vector<input_file> &inputs
 {
     folder_def folder;
     for (const input_file &input : inputs) {
+        if (input.path.ends_with(".asn")) // of another front end
+            continue;
         const std::uint32_t file = diag.add_file(shown_root + input.path, input.text);
         const std::string   parent = std::filesystem::path(input.path).parent_path().generic_string();
         if (parent.empty())

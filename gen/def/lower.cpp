@@ -137,7 +137,7 @@ void lower_peers(const peers_def &def, model &m)
     for (const peer_family_def &f : def.families) {
         peer_family family{f.id.text, {}};
         for (const peer_row_def &row : f.rows)
-            family.rows.push_back({row.structure.text, row.record_id, row.pack.text, row.unpack.text});
+            family.rows.push_back({row.structure.text, row.type, row.of_schema, row.pack.text, row.unpack.text});
         m.peer_families.push_back(std::move(family));
     }
 }

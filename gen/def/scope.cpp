@@ -144,9 +144,11 @@ const type_symbol *find_type(scope &s, const unit_def &unit, const name &id, boo
     return nullptr;
 }
 
+bool is_cpp_word(std::string_view word) { return std::binary_search(cpp_words.begin(), cpp_words.end(), word); }
+
 void check_word(scope &s, const name &id)
 {
-    if (std::binary_search(cpp_words.begin(), cpp_words.end(), id.text))
+    if (is_cpp_word(id.text))
         s.diag.error(id.where, fmt::format("'{}' is a word of C++ and cannot be a name", id.text));
 }
 

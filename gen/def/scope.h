@@ -66,6 +66,9 @@ const type_symbol *find_type(scope &s, const unit_def &unit, const name &id, boo
 std::optional<std::int64_t> evaluate(scope &s, const expression &e, const std::vector<bool> &units, std::int64_t low,
                                      std::int64_t high, std::string_view what);
 
+/// A word that is no name in C++20.
+bool is_cpp_word(std::string_view word);
+
 /// Reports a name that the generated C++ could not use.
 void check_word(scope &s, const name &id);
 

@@ -149,6 +149,7 @@ struct wire_def {
 struct record_def {
     name                    id;
     bool                    is_union = false;
+    bool                    of_schema = false;     ///< of an ASN.1 type, which may have no members
     std::vector<member_def> members;
     std::optional<wire_def> wire;                  ///< of an element or a message
     std::uint32_t           record_id = no_index;  ///< checked
@@ -206,6 +207,7 @@ struct unit_def {
     std::vector<name>           imports;
     std::optional<name>         declared_in;
     std::vector<definition_def> definitions;
+    bool                        of_schema = false;  ///< made of ASN.1 modules
 
     // checked
     std::uint32_t              unit_id = no_index;
@@ -288,7 +290,8 @@ struct peer_row_def {
     name          structure;
     name          pack;
     name          unpack;
-    std::uint32_t record_id = no_index;  ///< checked
+    type_use      type;               ///< checked
+    bool          of_schema = false;  ///< checked: the row of an ASN.1 type
 };
 
 struct peer_family_def {

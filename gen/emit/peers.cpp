@@ -15,10 +15,18 @@ namespace solvane::gen {
 
 namespace {
 
+/// The unit that defines the type of a row.
+std::uint32_t unit_of(const model &m, const type_use &use)
+{
+    if (use.base == kind::type_name)
+        return m.aliases[use.id].unit_id;
+    return use.base == kind::enumeration ? m.enums[use.id].unit_id : m.records[use.id].unit_id;
+}
+
 std::size_t records_in(const model &m, const domain &d, const peer_family &family)
 {
     return static_cast<std::size_t>(std::ranges::count_if(family.rows, [&](const peer_row &row) {
-        return std::ranges::find(d.units, m.records[row.record_id].unit_id) != d.units.end();
+        return std::ranges::find(d.units, unit_of(m, row.type)) != d.units.end();
     }));
 }
 
@@ -60,11 +68,15 @@ void put_family(std::string &out, const model &m, const peer_family &family)
     cell_table rows;
     out += '\n';
     for (const peer_row &row : family.rows) {
-        const std::string type = record_name(m, row.record_id);
+        const std::string type = cpp_type(m, row.type);
         put(out, R"(
-void $pack$(pack_info_struct *stream, const $type$ *value);
-void $unpack$($type$ *value, unpack_info_struct *stream);
-)", {{"pack", row.pack}, {"unpack", row.unpack}, {"type", type}});
+void $pack$(pack_info_struct *stream, $const$$type$ *value);
+$result$ $unpack$($type$ *value, unpack_info_struct *stream);
+)", {{"pack", row.pack},
+     {"unpack", row.unpack},
+     {"type", type},
+     {"const", row.of_schema ? "" : "const "}, // packing corrects what is out of bounds in the caller's record
+     {"result", row.of_schema ? "std::uint32_t" : "void"}});
         rows.add({text_literal(row.struct_name), "sizeof(" + type + ")",
                   "reinterpret_cast<tt_pack_func>(" + row.pack + ")",
                   "reinterpret_cast<tt_unpack_func>(" + row.unpack + ")", "0"});
@@ -86,7 +98,7 @@ std::string domain_peers(const model &m, const domain &d, const families &of_dom
     std::set<std::uint32_t> units;
     for (const peer_family *family : of_domain)
         for (const peer_row &row : family->rows)
-            units.insert(m.records[row.record_id].unit_id);
+            units.insert(unit_of(m, row.type));
     if (!units.empty())
         out += '\n';
     for (const std::uint32_t id : units)

@@ -13,12 +13,11 @@
 #include <vector>
 
 #include "base/diagnostics.h"
+#include "model/ids.h"
+#include "model/per.h"
 #include "model/wire.h"
 
 namespace solvane::gen {
-
-inline constexpr std::uint32_t no_ref = 0xFFFF;        ///< of a member row
-inline constexpr std::uint32_t no_index = 0xFFFFFFFF;  ///< of any dictionary row
 
 /// Kind codes of the dictionary, as the host sees them.
 enum class kind : std::uint8_t {
@@ -269,12 +268,13 @@ struct trace_item {
     std::int32_t  line = 0;
 };
 
-/// A structure that has a codec: a row of the peer table.
+/// A type that has a codec: a row of the peer table.
 struct peer_row {
-    std::string   struct_name;
-    std::uint32_t record_id = 0;
-    std::string   pack;    ///< names of the two functions
-    std::string   unpack;
+    std::string struct_name;
+    type_use    type;              ///< a structure, or any type of an ASN.1 schema
+    bool        of_schema = false; ///< its functions are the entries of an ASN.1 codec
+    std::string pack;              ///< names of the two functions
+    std::string unpack;
 };
 
 /// Rows that are registered together, in their order.
@@ -300,6 +300,8 @@ struct model {
     std::vector<domain>      domains;  ///< in the order of their entity values
 
     std::vector<peer_family> peer_families;  ///< in the order of registration
+
+    per::plan                codecs;   ///< of the ASN.1 types
 
     std::vector<std::string> trace_modules;
     std::vector<trace_item>  traces;   ///< head and last items included, ascending

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "base/diagnostics.h"
-#include "model/model.h"
+#include "model/ids.h"
 
 namespace solvane::gen::per {
 
@@ -80,7 +80,6 @@ struct selection {
 struct facts {
     bool can_fail = false;          ///< its unpack can record an error: calls want the error chain
     bool owns_memory = false;       ///< its free has something to do
-    bool can_print = true;          ///< false: nothing
     std::optional<std::uint32_t> constant_bits;  ///< every value takes as many bits
 };
 
@@ -89,7 +88,7 @@ struct usage {
     gen::per::shape shape = shape::null;
     std::uint32_t   codec = no_index;  ///< the type's own functions; no_index: it has none
     bool            in_place = true;   ///< coded where it stands; false: by a call of `codec`
-    std::string     cpp_type;          ///< "AsnInt", "Lte_UL_AM_RLCEnum", "Lte_MCC"; of an array its element's
+    std::string     cpp_type;          ///< "AsnInt", "Lte_UL_AM_RLCEnum", "Lte_MCC"
     std::string     label;             ///< type that an out-of-bounds report names
 
     whole_number  number;   ///< integer; list and array: the count

@@ -8,10 +8,8 @@
 #include <sstream>
 #include <utility>
 
-#include "def/check.h"
-#include "def/folder.h"
-#include "def/lower.h"
 #include "model/rows.h"
+#include "stages.h"
 
 namespace solvane::gen::test {
 namespace {
@@ -130,14 +128,12 @@ test_case read_case(const std::string &name)
 
 model run_stages(const std::vector<input_file> &inputs, diagnostics &diag)
 {
-    def::folder_def tree = def::parse_folder(diag, inputs, "");
+    parsed_folder folder = parse_all(diag, inputs, {}, "");
     if (diag.failed())
         return {};
-    def::checked_folder checked = def::check(diag, std::move(tree));
-    if (diag.failed())
-        return {};
-    model m = def::lower(std::move(checked));
-    lay_rows(m, diag);
+    model m = lower_all(diag, std::move(folder));
+    if (!diag.failed())
+        lay_rows(m, diag);
     return m;
 }
 
