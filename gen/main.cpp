@@ -21,6 +21,7 @@
 #include "emit/emit.h"
 #include "model/dump.h"
 #include "model/model.h"
+#include "model/record_sizes.h"
 #include "model/rows.h"
 #include "model/scale.h"
 #include "stages.h"
@@ -39,6 +40,7 @@ struct options {
     std::string dump;
     std::string scale;
     std::vector<std::string> schemas;
+    std::vector<std::string> record_sizes;
     bool        list_outputs = false;
 };
 
@@ -162,6 +164,14 @@ int run(const options &o)
     if (!inputs || !asn1::replace_schemas(*inputs, schemas, unreadable))
         return fail(fmt::format("cannot read '{}'", unreadable));
 
+    std::vector<input_file> read_sizes;
+    for (const std::string &path : o.record_sizes) {
+        std::optional<input_file> sizes = read_input(path);
+        if (!sizes)
+            return fail(fmt::format("cannot read '{}'", path));
+        read_sizes.push_back(std::move(*sizes));
+    }
+
     diagnostics diag;
     if (o.dump == "tokens") {
         std::cout << dump_all_tokens(diag, *inputs);
@@ -179,6 +189,10 @@ int run(const options &o)
     model m = lower_all(diag, std::move(tree));
     if (diag.failed())
         return tell(diag);
+    for (input_file &sizes : read_sizes) {
+        inputs->push_back({sizes.path, {}, sizes.shown}); // the outputs depend on it
+        read_record_sizes(diag, diag.add_file(sizes.shown, std::move(sizes.text)), m);
+    }
     if (!o.scale.empty())
         scale_up(m, o.scale == "full" ? 100u : static_cast<std::uint32_t>(std::stoul(o.scale)));
     lay_rows(m, diag);
@@ -227,6 +241,8 @@ int main(int argc, char **argv)
             return equals != std::string::npos && known ? "" : "wants lte=, nr= or umts= and a file";
         })
         ->option_text("DOMAIN=FILE[:MODULE,...]");
+    app.add_option("--record-sizes", o.record_sizes, "Assert the sizes of ASN.1 records that this table tells")
+        ->option_text("FILE");
     try {
         app.parse(argc, argv);
         if (out->empty() && dump->empty())

@@ -3,8 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -54,14 +53,13 @@ bool replace_schemas(std::vector<input_file> &inputs, const std::vector<replacem
 {
     for (const replacement &r : by) {
         std::erase_if(inputs, [&](const input_file &i) { return is_schema(i) && folder_of(i) == r.domain; });
-        std::ifstream in(r.file, std::ios::binary);
-        std::string   text(std::istreambuf_iterator<char>(in), {});
-        if (!in.is_open() || in.bad()) {
+        std::optional<input_file> file = read_input(r.file);
+        if (!file) {
             unreadable = r.file;
             return false;
         }
-        const std::string name = std::filesystem::path(r.file).filename().string();
-        inputs.push_back({r.domain + "/" + (name.ends_with(".asn") ? name : name + ".asn"), std::move(text), r.file});
+        file->path = r.domain + "/" + file->path + (is_schema(*file) ? "" : ".asn");
+        inputs.push_back(std::move(*file));
     }
     std::sort(inputs.begin(), inputs.end(),
               [](const input_file &a, const input_file &b) { return a.path < b.path; });

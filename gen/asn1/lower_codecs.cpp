@@ -272,6 +272,7 @@ per::codec codec_maker::make(const item &i) const
     c.asn_text = i.owner->source;
     c.where = i.is_nested ? t.where : i.owner->id.where;
     c.source = fmt::format("{}:{}", std::filesystem::path(diag.path(c.where.file)).filename().string(), c.where.line);
+    c.module = s.modules[i.owner->module].id.text;
     c.is_nested = i.is_nested;
     c.schema = schema_id;
     c.type = use(t, i.name);

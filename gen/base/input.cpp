@@ -47,15 +47,21 @@ std::optional<std::vector<input_file>> read_folder(const fs::path &folder, std::
     std::vector<input_file> files;
     for (std::string &path : paths) {
         unreadable = (folder / path).generic_string();
-        std::ifstream in(folder / path, std::ios::binary);
-        if (!in)
+        std::optional<input_file> file = read_input(folder / path);
+        if (!file)
             return std::nullopt;
-        std::string text(std::istreambuf_iterator<char>(in), {});
-        if (in.bad())
-            return std::nullopt;
-        files.push_back({std::move(path), std::move(text), {}});
+        files.push_back({std::move(path), std::move(file->text)});
     }
     return files;
+}
+
+std::optional<input_file> read_input(const fs::path &file)
+{
+    std::ifstream in(file, std::ios::binary);
+    std::string   text(std::istreambuf_iterator<char>(in), {});
+    if (!in.is_open() || in.bad())
+        return std::nullopt;
+    return input_file{file.filename().string(), std::move(text), file.generic_string()};
 }
 
 } // namespace solvane::gen

@@ -20,4 +20,7 @@ struct input_file {
 /// its path into `unreadable`.
 std::optional<std::vector<input_file>> read_folder(const std::filesystem::path &folder, std::string &unreadable);
 
+/// Reads one file from anywhere, `shown` by its path.  Answers nothing when it cannot be read.
+std::optional<input_file> read_input(const std::filesystem::path &file);
+
 } // namespace solvane::gen

@@ -61,9 +61,30 @@ std::optional<std::uint32_t> imported_unit(diagnostics &diag, const folder_def &
     return static_cast<std::uint32_t>(at - folder.units.begin());
 }
 
+/// `import "lte/*.asn"` stands for all units that the domain's ASN.1 files become.
+void expand_imports(diagnostics &diag, folder_def &folder, unit_def &unit)
+{
+    std::vector<name> imports;
+    for (const name &path : unit.imports) {
+        if (!path.text.ends_with("/*.asn")) {
+            imports.push_back(path);
+            continue;
+        }
+        const std::size_t before = imports.size();
+        for (const unit_def &other : folder.units) {
+            if (other.of_schema && other.folder + "/*.asn" == path.text)
+                imports.push_back({other.path, path.where});
+        }
+        if (imports.size() == before)
+            diag.error(path.where, fmt::format("there are no files \"{}\"", path.text));
+    }
+    unit.imports = std::move(imports);
+}
+
 void resolve_imports(diagnostics &diag, folder_def &folder)
 {
     for (unit_def &unit : folder.units) {
+        expand_imports(diag, folder, unit);
         for (const name &path : unit.imports) {
             if (const std::optional<std::uint32_t> id = imported_unit(diag, folder, unit, path))
                 unit.import_ids.push_back(*id);

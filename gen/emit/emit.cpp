@@ -13,6 +13,7 @@ std::vector<output_file> emit_all(const model &m)
     emit_values(m, files);
     emit_codecs(m, files);
     emit_peers(m, files);
+    emit_record_sizes(m, files);
     emit_registry(m, files);
     emit_traces(m, files);
     return files;

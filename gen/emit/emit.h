@@ -23,6 +23,7 @@ void emit_messages(const model &m, std::vector<output_file> &files);   ///< <dom
 void emit_values(const model &m, std::vector<output_file> &files);     ///< <domain>_values.cpp
 void emit_codecs(const model &m, std::vector<output_file> &files);     ///< <stem>_codec.h, _pack.cpp, tt_…_rest.cpp
 void emit_peers(const model &m, std::vector<output_file> &files);      ///< <domain>_peers.cpp, peer_rows.cpp
+void emit_record_sizes(const model &m, std::vector<output_file> &files); ///< <schema>_record_sizes.cpp, where told
 void emit_registry(const model &m, std::vector<output_file> &files);   ///< what ties the domains together
 void emit_traces(const model &m, std::vector<output_file> &files);     ///< tsc_db.cpp
 

@@ -135,6 +135,7 @@ struct codec {
     std::string   asn_name;      ///< "UL-AM-RLC"; of a nested type that of the named one around it
     std::string   asn_text;      ///< its definition as the schema has it, without comments, lines as they were
     std::string   source;        ///< "lte-rrc.asn:123"
+    std::string   module;        ///< "EUTRA-RRC-Definitions"
     bool          is_nested = false;
     std::uint32_t schema = 0;    ///< index into plan::schemas
     std::uint32_t unit = 0;      ///< model::units: the header with its record, and its output files
@@ -148,6 +149,7 @@ struct codec {
     std::vector<alternative> alternatives;    ///< choice
     std::vector<std::string> enumerators;     ///< enumerated: ASN.1 names, by index
     std::vector<usage>       element;         ///< list and array: exactly one
+    std::uint32_t ilp32_size = 0, lp64_size = 0;  ///< octets of the record that a table tells; 0: none does
     place         where;
 };
 
