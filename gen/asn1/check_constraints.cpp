@@ -48,7 +48,9 @@ const named_number *find_number(const type *t, const std::string &id)
 /// The number of a value assignment, computed when it is first asked for.
 number evaluator::value_of(assignment &a)
 {
-    if (a.number || a.kind != assignment_kind::value || !a.content)
+    const bool may_be_one = a.kind == assignment_kind::value && a.content &&
+                            (a.content->kind == value::what::number || a.content->kind == value::what::reference);
+    if (!may_be_one || a.state == 2)
         return a.number;
     if (a.state == 1) {
         s.diag.error(a.id.where, fmt::format("'{}' is defined by itself", a.id.text));
@@ -75,7 +77,8 @@ number evaluator::evaluate(const value &v, const type *context)
     if (found == nullptr)
         return std::nullopt;
     const number answer = value_of(*found);
-    if (!answer)
+    const bool   told = found->content && found->content->kind == value::what::reference;
+    if (!answer && !told)
         s.diag.conflict(v.where, fmt::format("'{}' is no number", v.text), found->id.where, "it is defined here");
     return answer;
 }
@@ -113,8 +116,10 @@ bounds evaluator::hull_of(const constraint_set &set, constraint::what wanted, co
             const type *context = base_type(t);
             one.low = c.low ? evaluate(*c.low, context) : std::nullopt;
             one.high = c.high ? evaluate(*c.high, context) : std::nullopt;
-            if (one.low && one.high && *one.low > *one.high)
+            if (one.low && one.high && *one.low > *one.high) {
                 s.diag.error(c.where, fmt::format("the range {}..{} is empty", *one.low, *one.high));
+                one = {};
+            }
         }
         out.low = first ? one.low : lower_of(out.low, one.low);
         out.high = first ? one.high : upper_of(out.high, one.high);

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "model/dump_per.h"
+
 namespace solvane::gen {
 namespace {
 
@@ -331,8 +333,8 @@ std::string dump_model(const model &m)
 {
     std::string out = fmt::format("baseline {}\nversion {}\nvariables {}\nentities {}\n", m.baseline, m.version_text,
                                   m.variables_root, m.entities_enum);
-    for (const unit &u : m.units)
-        out += fmt::format("\n{}", dump_unit(m, u));
+    for (std::uint32_t id = 0; id < m.units.size(); ++id)
+        out += fmt::format("\n{}{}", dump_unit(m, m.units[id]), dump_codecs(m, id));
     for (const domain &d : m.domains)
         out += fmt::format("\n{}", dump_domain(m, d));
     return fmt::format("{}\n{}\n{}", out, dump_peers(m), dump_traces(m));

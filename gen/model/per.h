@@ -142,7 +142,7 @@ struct codec {
     bool          has_entry = false;  ///< a row of the peer table codes it: <name>_encode and <name>_decode as well
 
     usage         type;          ///< shape and constraint; its `codec` is this one or, for an alias, that of the base
-    bool          is_alias = false;  ///< another name of `type.codec`, or of a universal type
+    bool          is_alias = false;  ///< another name of `type.codec`; where `type.in_place` it may be narrower
     bool          is_extensible = false;      ///< sequence: has an extension marker
     std::uint32_t no_additions = 0;           ///< sequence: groups and single additions that the schema knows
     std::vector<member>      members;         ///< sequence

@@ -6,10 +6,9 @@
 
 #include "abi_layout.h"
 #include "base/input.h"
-#include "def/check.h"
-#include "def/lower.h"
 #include "dictionary.h"
 #include "model/rows.h"
+#include "stages.h"
 #include "tt_dll.h"
 
 using namespace dictionary;
@@ -30,7 +29,7 @@ gen::model read_model()
     gen::diagnostics diag;
     const auto       inputs = gen::read_folder(SOLVANE_DB, unreadable);
     EXPECT_TRUE(inputs) << unreadable;
-    gen::model m = gen::def::lower(gen::def::check(diag, gen::def::parse_folder(diag, *inputs, "")));
+    gen::model m = gen::lower_all(diag, gen::parse_all(diag, *inputs, {}, ""));
     gen::lay_rows(m, diag);
     EXPECT_FALSE(diag.failed()) << diag.render();
     return m;

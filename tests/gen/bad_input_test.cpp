@@ -53,7 +53,7 @@ TEST_P(bad_input, is_told_at_its_line)
 std::string test_name(const testing::TestParamInfo<std::string> &info)
 {
     std::string name = info.param;
-    std::replace(name.begin(), name.end(), '-', '_');
+    std::replace_if(name.begin(), name.end(), [](char c) { return c == '-' || c == '/'; }, '_');
     return name;
 }
 

@@ -110,7 +110,7 @@ TEST(input, reads_definitions_of_two_levels_in_the_order_of_their_paths)
         EXPECT_EQ(file.text, file.path);
         paths.push_back(file.path);
     }
-    EXPECT_EQ(paths, (std::vector<std::string>{"a/x.tsv", "b.def", "b/a.val", "b/z.def"}));
+    EXPECT_EQ(paths, (std::vector<std::string>{"a/x.asn", "a/x.tsv", "b.def", "b/a.val", "b/z.def"}));
 }
 
 TEST(input, names_the_folder_that_is_missing)

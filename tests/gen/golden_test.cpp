@@ -7,6 +7,7 @@
 
 #include "harness.h"
 #include "model/dump.h"
+#include "model/dump_per.h"
 
 namespace solvane::gen::test {
 namespace {
@@ -20,12 +21,13 @@ std::string dump_case(const test_case &c, const model &m)
         return std::any_of(c.own_paths.begin(), c.own_paths.end(),
                             [&](const std::string &path) { return path.starts_with(beginning); });
     };
-    for (const unit &u : m.units) {
-        if (own(u.path))
-            out += dump_unit(m, u) + "\n";
+    for (std::uint32_t id = 0; id < m.units.size(); ++id) {
+        const unit &u = m.units[id];
+        if (own(u.path) || u.path.find("*.asn") != std::string::npos)
+            out += dump_unit(m, u) + dump_codecs(m, id) + "\n";
     }
     for (const domain &d : m.domains) {
-        if (own(d.name + "/"))
+        if (own(d.name + "/") && !c.name.starts_with("asn1/"))
             out += dump_domain(m, d) + "\n";
     }
     if (own("peers.def"))
@@ -52,7 +54,7 @@ TEST_P(golden, model_is_the_one_beside_it)
 std::string test_name(const testing::TestParamInfo<std::string> &info)
 {
     std::string name = info.param;
-    std::replace(name.begin(), name.end(), '-', '_');
+    std::replace_if(name.begin(), name.end(), [](char c) { return c == '-' || c == '/'; }, '_');
     return name;
 }
 

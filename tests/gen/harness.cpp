@@ -52,7 +52,7 @@ void add_line(const std::string &line, test_case &c)
 {
     input_file         &file = c.inputs.back();
     const std::uint32_t number = 1 + static_cast<std::uint32_t>(std::count(file.text.begin(), file.text.end(), '\n'));
-    for (const std::string &text : marked(line, "// ERROR "))
+    for (const std::string &text : marked(line, file.path.ends_with(".asn") ? "-- ERROR " : "// ERROR "))
         c.errors.push_back({file.path, number, text});
     if (line.starts_with("# ERROR ")) // of the next row of a table
         c.errors.push_back({file.path, number + 1, line.substr(8)});
@@ -64,11 +64,20 @@ void drop_preface(test_case &c)
 {
     std::istringstream lines(c.inputs.front().text);
     for (std::string line; std::getline(lines, line);) {
-        if (!line.empty() && !line.starts_with("//"))
+        if (!line.empty() && !line.starts_with("//") && !line.starts_with("--"))
             return;
     }
     c.inputs.erase(c.inputs.begin());
     c.own_paths.erase(c.own_paths.begin());
+}
+
+/// ASN.1 types are made of the value types of the run-time, as the baseline has them.
+void take_value_types(test_case &c)
+{
+    for (input_file &file : c.inputs) {
+        if (file.path == "common/base_types.def" || file.path == "common/asn_types.def")
+            file.text = read_text(fs::path(SOLVANE_GEN_DB) / file.path);
+    }
 }
 
 } // namespace
@@ -84,15 +93,19 @@ fs::path case_path(const std::string &name, const std::string &extension) { retu
 std::vector<std::string> case_names(const std::string &ending)
 {
     std::vector<std::string> names;
-    for (const fs::directory_entry &entry : fs::directory_iterator(folder)) {
-        if (entry.path().extension() == ".def" && entry.path().stem().string().ends_with(ending))
-            names.push_back(entry.path().stem().string());
-    }
+    const auto add = [&](const fs::path &in, const std::string &extension, const std::string &prefix) {
+        for (const fs::directory_entry &entry : fs::directory_iterator(in)) {
+            if (entry.path().extension() == extension && entry.path().stem().string().ends_with(ending))
+                names.push_back(prefix + entry.path().stem().string());
+        }
+    };
+    add(folder, ".def", "");
+    add(folder / "asn1", ".asn", "asn1/");
     std::sort(names.begin(), names.end());
     return names;
 }
 
-test_case make_case(const std::string &text)
+test_case make_case(const std::string &text, const std::string &first)
 {
     test_case             c;
     std::set<std::string> absent;
@@ -102,7 +115,7 @@ test_case make_case(const std::string &text)
             begin_file(line, c, absent);
         } else {
             if (c.inputs.empty())
-                begin_file("//// stack/case.def", c, absent);
+                begin_file("//// " + first, c, absent);
             add_line(line, c);
         }
     }
@@ -121,8 +134,12 @@ test_case make_case(const std::string &text)
 
 test_case read_case(const std::string &name)
 {
-    test_case c = make_case(read_text(case_path(name, ".def")));
+    const bool schema = name.starts_with("asn1/");
+    test_case  c = schema ? make_case(read_text(case_path(name, ".asn")), "lte/case.asn")
+                          : make_case(read_text(case_path(name, ".def")));
     c.name = name;
+    if (schema)
+        take_value_types(c);
     return c;
 }
 

@@ -1,6 +1,7 @@
 // Cases of the front end: a folder of definitions in one file, and the stages run over it.
 //
-// A line `//// path` begins a file of the folder; what stands ahead of the first one is `stack/case.def`.  Files
+// A line `//// path` begins a file of the folder; what stands ahead of the first one is `stack/case.def`, of a case of
+// ASN.1 `lte/case.asn`.  Files
 // that a case does not give come from defaults/, unless it says `//// path ABSENT`.
 #pragma once
 
@@ -28,13 +29,13 @@ struct test_case {
     std::vector<expected_error> errors;
 };
 
-/// The cases of the test folder whose names end in `ending`, by name.
+/// The cases whose names end in `ending`, by name: those of ASN.1 are "asn1/NN-subject-ok", in a folder of their own.
 std::vector<std::string> case_names(const std::string &ending);
 std::filesystem::path    case_path(const std::string &name, const std::string &extension);
 test_case                read_case(const std::string &name);
 
-/// A case of the given text.
-test_case make_case(const std::string &text);
+/// A case of the given text; what stands ahead of its first file marker is the file `first`.
+test_case make_case(const std::string &text, const std::string &first = "stack/case.def");
 
 /// All stages up to the laying of rows; stops where a stage reports an error.
 model run_stages(const std::vector<input_file> &inputs, diagnostics &diag);

@@ -6,15 +6,13 @@
 
 #include <fmt/format.h>
 
-#include "def/check.h"
-#include "def/folder.h"
 #include "def/lex.h"
-#include "def/lower.h"
 #include "def/parse.h"
 #include "harness.h"
 #include "model/dump.h"
 #include "model/rows.h"
 #include "model/scale.h"
+#include "stages.h"
 
 namespace solvane::gen::test {
 namespace {
@@ -227,9 +225,8 @@ struct sizes {
 
 model scaled(std::uint32_t per_cent)
 {
-    diagnostics     d;
-    def::folder_def tree = def::parse_folder(d, baseline_inputs(), "");
-    model           m = def::lower(def::check(d, std::move(tree)));
+    diagnostics d;
+    model       m = lower_all(d, parse_all(d, baseline_inputs(), {}, ""));
     if (per_cent != 0)
         scale_up(m, per_cent);
     lay_rows(m, d);
