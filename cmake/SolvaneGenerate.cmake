@@ -1,6 +1,10 @@
 # solvane_generate(): a stack build's sources out of a folder of definitions.
 #
-#   solvane_generate(TARGET name DB folder [OUTPUT folder] [OPTIONS option...])
+#   solvane_generate(TARGET name DB folder [OUTPUT folder] [RRC_SCHEMAS folder] [OPTIONS option...])
+#
+# RRC_SCHEMAS     a folder with the published modules lte-rrc.asn, nr-rrc.asn and umts-rrc.asn, or some of them: they
+#                 stand for the ASN.1 files of their domains; record-sizes.tsv and nested-sizes.tsv beside them are
+#                 asserted
 #
 # name            an object library of the generated sources, one of the parts of the plug-in
 # <name>_headers  an interface library for code that includes the generated records
@@ -13,9 +17,47 @@
 include_guard(GLOBAL)
 
 set(SOLVANE_DOMAINS infrastructure stack gsm umts signal lte ims nr)
+set(SOLVANE_SCHEMA_DOMAINS lte nr umts)
+set(SOLVANE_LTE_MODULES :EUTRA-RRC-Definitions) # the variables, side link and NB-IoT are no part of the stack
+
+# The ASN.1 files of a domain.
+function(solvane_schema_files db schemas domain files)
+    set(published ${schemas}/${domain}-rrc.asn)
+    if(schemas AND EXISTS ${published})
+        set(${files} ${published} PARENT_SCOPE)
+    else()
+        file(GLOB own CONFIGURE_DEPENDS ${db}/${domain}/*.asn)
+        set(${files} ${own} PARENT_SCOPE)
+    endif()
+endfunction()
+
+# Stems of the units that the ASN.1 files of all domains become: as many a domain as the generator makes of so many
+# octets, one for each 24 KiB.
+function(solvane_schema_units db schemas stems)
+    set(found "")
+    foreach(domain IN LISTS SOLVANE_SCHEMA_DOMAINS)
+        solvane_schema_files(${db} "${schemas}" ${domain} files)
+        set(octets 0)
+        foreach(file IN LISTS files)
+            set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+            file(SIZE ${file} size)
+            math(EXPR octets "${octets} + ${size}")
+        endforeach()
+        if(files)
+            math(EXPR last "${octets} / 24576 + 1")
+            foreach(part RANGE 1 ${last})
+                if(part LESS 10)
+                    set(part 0${part})
+                endif()
+                list(APPEND found ${domain}_rrc_${part})
+            endforeach()
+        endif()
+    endforeach()
+    set(${stems} ${found} PARENT_SCOPE)
+endfunction()
 
 # The outputs for the folder `db`, below `output`.
-function(solvane_generated_files db output sources headers)
+function(solvane_generated_files db schemas output sources headers)
     file(GLOB units CONFIGURE_DEPENDS ${db}/*/*.def)
     set(header_files "")
     set(source_files "")
@@ -28,6 +70,16 @@ function(solvane_generated_files db output sources headers)
         if(codecs)
             list(APPEND header_files ${output}/production/${stem}_codec.h)
             list(APPEND source_files ${output}/production/${stem}_pack.cpp ${output}/debug/tt_${stem}_rest.cpp)
+        endif()
+    endforeach()
+    solvane_schema_units(${db} "${schemas}" schema_units)
+    foreach(stem IN LISTS schema_units)
+        list(APPEND header_files ${output}/production/${stem}.h)
+    endforeach()
+    foreach(domain IN LISTS SOLVANE_SCHEMA_DOMAINS)
+        solvane_schema_files(${db} "${schemas}" ${domain} files)
+        if(NOT domain STREQUAL umts AND files STREQUAL "${schemas}/${domain}-rrc.asn" AND EXISTS ${schemas}/record-sizes.tsv)
+            list(APPEND source_files ${output}/production/${domain}_record_sizes.cpp)
         endif()
     endforeach()
     foreach(domain IN LISTS SOLVANE_DOMAINS)
@@ -43,8 +95,25 @@ function(solvane_generated_files db output sources headers)
     set(${headers} ${header_files} PARENT_SCOPE)
 endfunction()
 
+# The options by which the generator takes published modules.
+function(solvane_schema_options schemas options)
+    set(found "")
+    foreach(domain IN LISTS SOLVANE_SCHEMA_DOMAINS)
+        if(schemas AND EXISTS ${schemas}/${domain}-rrc.asn)
+            string(TOUPPER ${domain} upper)
+            list(APPEND found --schema ${domain}=${schemas}/${domain}-rrc.asn${SOLVANE_${upper}_MODULES})
+        endif()
+    endforeach()
+    foreach(table IN ITEMS record-sizes nested-sizes)
+        if(found AND EXISTS ${schemas}/${table}.tsv)
+            list(APPEND found --record-sizes ${schemas}/${table}.tsv)
+        endif()
+    endforeach()
+    set(${options} ${found} PARENT_SCOPE)
+endfunction()
+
 function(solvane_generate)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;DB;OUTPUT" "OPTIONS")
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;DB;OUTPUT;RRC_SCHEMAS" "OPTIONS")
     if(NOT arg_TARGET OR NOT arg_DB)
         message(FATAL_ERROR "solvane_generate: TARGET and DB are wanted")
     endif()
@@ -53,14 +122,19 @@ function(solvane_generate)
     endif()
     cmake_path(ABSOLUTE_PATH arg_DB NORMALIZE)
 
-    solvane_generated_files(${arg_DB} ${arg_OUTPUT} sources headers)
+    if(arg_RRC_SCHEMAS)
+        cmake_path(ABSOLUTE_PATH arg_RRC_SCHEMAS NORMALIZE)
+    endif()
+    solvane_generated_files(${arg_DB} "${arg_RRC_SCHEMAS}" ${arg_OUTPUT} sources headers)
     # The depfile knows the files of the last run; this list knows a new one.
-    file(GLOB inputs CONFIGURE_DEPENDS ${arg_DB}/*.def ${arg_DB}/*/*.def ${arg_DB}/*/*.val ${arg_DB}/*/*.tsv)
+    file(GLOB inputs CONFIGURE_DEPENDS ${arg_DB}/*.def ${arg_DB}/*/*.def ${arg_DB}/*/*.val ${arg_DB}/*/*.tsv
+         ${arg_DB}/*/*.asn)
+    solvane_schema_options("${arg_RRC_SCHEMAS}" schema_options)
     set(stamp ${arg_OUTPUT}/${arg_TARGET}.stamp)
     add_custom_command(
         OUTPUT ${stamp}
         COMMAND solvane-gen --db ${arg_DB} --output ${arg_OUTPUT} --depfile ${stamp}.d --depfile-target ${stamp}
-                ${arg_OPTIONS}
+                ${schema_options} ${arg_OPTIONS}
         COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
         DEPENDS solvane-gen ${inputs}
         DEPFILE ${stamp}.d
