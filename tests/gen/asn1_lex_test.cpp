@@ -14,7 +14,7 @@ struct row {
 };
 
 constexpr row rows[] = {
-    {"words", "Ab-c d-1e", "1:1 upper Ab-c\n1:6 lower d-1e\n1:11 end\n"},
+    {"words", "Ab-c d-1e", "1:1 upper Ab-c\n1:6 lower d-1e\n1:10 end\n"},
     {"a_hyphen_ends_no_word", "a- b", "1:1 lower a\n1:2 -\n1:4 lower b\n1:5 end\n"},
     {"two_hyphens_begin_a_comment", "a--b--c", "1:1 lower a\n1:7 lower c\n1:8 end\n"},
     {"a_comment_ends_with_its_line", "a -- b\nc", "1:1 lower a\n2:1 lower c\n2:2 end\n"},
