@@ -1,6 +1,8 @@
 // The list of the emitter families.
 #include "emit/emit.h"
 
+#include "emit/per.h"
+
 namespace solvane::gen {
 
 std::vector<output_file> emit_all(const model &m)
@@ -12,6 +14,7 @@ std::vector<output_file> emit_all(const model &m)
     emit_messages(m, files);
     emit_values(m, files);
     emit_codecs(m, files);
+    per::emit_codecs(m.codecs, m.units, files);
     emit_peers(m, files);
     emit_record_sizes(m, files);
     emit_registry(m, files);
