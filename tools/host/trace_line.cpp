@@ -16,40 +16,13 @@ constexpr std::size_t longest_line = 1023;      /* characters that the library's
 constexpr std::size_t longest_conversion = 128; /* characters from % to the letter */
 constexpr std::size_t widest_word = 12;         /* characters of a 32-bit word in any base, with room */
 
-constexpr std::string_view string_letters = "CXcdiopsux";
-constexpr std::string_view integer_letters = "CXcdiopux";
-constexpr std::string_view tag = "@TAG<";
-
-/// A conversion of a format by the decoders' rule: from '%' to the first letter of the set, or to a second '%'.
-struct conversion {
-    std::size_t start = 0;
-    std::size_t end = 0;      ///< behind its last character
-    bool        takes = false; ///< an argument
-};
-
-/* False at the end of the format; an unfinished conversion ends there too. */
-bool next_conversion(std::string_view format, std::string_view letters, std::size_t from, conversion &into)
-{
-    into.start = format.find('%', from);
-    if (into.start == std::string_view::npos) {
-        return false;
-    }
-    std::size_t at = into.start + 1;
-    while (at < format.size() && format[at] != '%' && letters.find(format[at]) == std::string_view::npos) {
-        ++at;
-    }
-    into.takes = at < format.size() && format[at] != '%';
-    into.end = std::min(at + 1, format.size());
-    return true;
-}
-
 /* Whether a trace in integer layout can outgrow the library's buffers: a width, a precision or a long run to the
  * letter makes it possible. */
 bool may_overrun(std::string_view format, std::size_t words)
 {
     std::size_t worst = format.size() + words * widest_word;
     conversion  found;
-    for (std::size_t at = 0; next_conversion(format, integer_letters, at, found); at = found.end) {
+    for (std::size_t at = 0; next_conversion(format, true, at, found); at = found.end) {
         const auto        inside = format.substr(found.start, found.end - found.start);
         std::size_t       number = 0;
         if (inside.size() > longest_conversion || inside.find_first_of("*sn") != std::string_view::npos) {
@@ -143,22 +116,6 @@ trace_line integer_line(const plugin &loaded, std::span<const std::uint8_t> body
 }
 
 } // namespace
-
-std::vector<std::string> argument_names(std::string_view format, bool integer_layout)
-{
-    std::vector<std::string> names;
-    conversion               found;
-    const auto               letters = integer_layout ? integer_letters : string_letters;
-    for (std::size_t at = 0; next_conversion(format, letters, at, found); at = found.end) {
-        if (!found.takes) {
-            continue;
-        }
-        const std::string_view rest = format.substr(found.end);
-        const std::size_t      close = rest.starts_with(tag) ? rest.find('>') : std::string_view::npos;
-        names.emplace_back(close != std::string_view::npos ? rest.substr(tag.size(), close - tag.size()) : "");
-    }
-    return names;
-}
 
 std::optional<trace_line> decode_trace(const plugin &loaded, const packet &what, bool isolate_all)
 {

@@ -9,6 +9,7 @@
 
 #include "plugin.h"
 #include "recording.h"
+#include "trace_format.h"
 
 namespace solvane::tools {
 
@@ -37,9 +38,5 @@ struct trace_line {
 /// Decodes the trace in `what`; nothing when it is another packet.  A line that the library would not survive (it
 /// ends the process on lines of 1024 characters and more) is decoded in a child process.
 std::optional<trace_line> decode_trace(const plugin &loaded, const packet &what, bool isolate_all = false);
-
-/// The conversions of a format in the order in which they take arguments: for each the name of the @TAG<name>
-/// marker right behind it, or an empty text.
-std::vector<std::string> argument_names(std::string_view format, bool integer_layout);
 
 } // namespace solvane::tools
