@@ -14,7 +14,7 @@ namespace solvane::tools {
 class session;
 
 /// Where the value of an option or argument goes; a bool is a flag and takes none.
-using target = std::variant<bool *, std::string *, std::vector<std::string> *, std::optional<std::uint64_t> *>;
+using option_target = std::variant<bool *, std::string *, std::vector<std::string> *, std::optional<std::uint64_t> *>;
 
 /// What the shell may complete a value with.
 enum class completes { nothing, file, domain_name };
@@ -23,17 +23,17 @@ struct option_spec {
     std::string              names; ///< "-c,--count"
     std::string              value; ///< "COUNT"; empty for a flag
     std::string              help;
-    target                   into;
+    option_target            into;
     std::vector<std::string> choices = {}; ///< the only values taken, where there are some
     completes                by = completes::nothing;
 };
 
 struct argument_spec {
-    std::string name;
-    std::string help;
-    target      into; ///< text, or a vector for the rest of the line
-    bool        required = true;
-    completes   by = completes::nothing;
+    std::string   name;
+    std::string   help;
+    option_target into; ///< text, or a vector for the rest of the line
+    bool          required = true;
+    completes     by = completes::nothing;
 };
 
 struct example {
