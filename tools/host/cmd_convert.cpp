@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "peer_message.h"
+#include "capture.h"
 #include "recording.h"
 #include "script.h"
 #include "session.h"
@@ -24,15 +25,6 @@ struct convert_options {
     bool                         decoded = false;
 };
 
-/* The baseline stands in the section header, so that a reader years later knows which plug-in to take. */
-std::string baseline_comment(session &work)
-{
-    const plugin &loaded = work.started();
-    const auto    all = domains_of(loaded);
-    const char   *baseline = all.empty() || all[0].row->uuid == nullptr ? "" : all[0].row->uuid;
-    return fmt::format("plug-in interface {}, baseline {}", loaded.version->version_text, baseline);
-}
-
 class script_output {
 public:
     explicit script_output(session &work) : work_(work) {}
@@ -53,24 +45,6 @@ private:
     std::int64_t start_ = 0;
 };
 
-/* A trace as a log record, a message whose structure has a dissector as that dissector's; other packets have none. */
-std::optional<octets> decoded_record(session &work, const packet &what)
-{
-    if (const auto line = decode_trace(work.started(), what)) {
-        return line->known ? std::optional(log_record(*line, what.time)) : std::nullopt;
-    }
-    std::string complaint;
-    const auto  message = carries_message(what)
-                              ? parse_layer_message(std::span(what.content).subspan(1), complaint)
-                              : std::nullopt;
-    if (!message) {
-        return std::nullopt;
-    }
-    const auto entity = static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
-    const auto dissector = dissector_of(classify(work.started(), *message, entity).name);
-    return dissector.empty() ? std::nullopt : std::optional(upper_pdu(dissector, message->peer));
-}
-
 int run(session &work, const convert_options &options)
 {
     const std::string path = !options.read.empty() ? options.read : options.file.empty() ? "-" : options.file;
@@ -82,8 +56,7 @@ int run(session &work, const convert_options &options)
     std::optional<recording_writer> capture;
     if (!options.write.empty()) {
         work.out.open(options.write);
-        capture.emplace([&work](std::string_view block) { work.out.write(block); },
-                        fmt::format("{} {}", running_tool().name, tool_version), baseline_comment(work));
+        capture.emplace(recording_to([&work](std::string_view block) { work.out.write(block); }, work));
     }
     for (std::uint64_t done = 0; !options.count || done < *options.count;) {
         const auto next = source->next();

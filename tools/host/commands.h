@@ -14,6 +14,7 @@ command messages_command();
 command message_command();
 command value_command();
 command record_command();
+command connect_command();
 command show_command();
 command trace_command();
 command statements_command();

@@ -84,11 +84,12 @@ std::string list_text(const value_node &node)
 
 std::string octets_text(const value_node &node)
 {
-    if (!node.words.empty()) {
-        return quoted(node.words);
-    }
     if (node.bytes.empty()) {
         return "none";
+    }
+    const bool text = std::all_of(node.bytes.begin(), node.bytes.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
+    if (text) {
+        return quoted(std::string(node.bytes.begin(), node.bytes.end()));
     }
     const auto shown = std::span(node.bytes).first(std::min(node.bytes.size(), longest_octets));
     return to_hex(shown) +
