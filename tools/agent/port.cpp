@@ -36,7 +36,7 @@ owned_descriptor::~owned_descriptor()
 
 owned_descriptor listen_on(std::uint16_t &port)
 {
-    owned_descriptor listening(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    owned_descriptor listening(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int        on = 1;
     sockaddr_in      address = {};
     address.sin_family = AF_INET;

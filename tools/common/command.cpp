@@ -147,7 +147,7 @@ std::string help_text(const command &of, const std::vector<option_spec> &common)
     std::string out = fmt::format("{}: {}\n", of.name == running_tool().usual ? running_tool().name : of.name, of.summary);
     out += of.examples.empty() ? "" : "\nExamples:\n";
     for (const auto &each : of.examples) {
-        out += fmt::format("  {} {}\n      {}\n", running_tool().name, each.line, each.says);
+        out += fmt::format("  {}{}{}\n      {}\n", running_tool().name, each.line.empty() ? "" : " ", each.line, each.says);
     }
     out += fmt::format("\nUsage: {}\n", usage_line(of));
     for (const auto &argument : of.arguments) {

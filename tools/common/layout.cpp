@@ -16,22 +16,6 @@ namespace {
                   fmt::format("broken dictionary of domain {}: {}.{} {}", in.name, row.name, member, what));
 }
 
-/* A part's `bit_num` counts the bits still to be placed, so a part is as wide as the drop to the next one's. */
-std::vector<bit_part> parts_of(const mta_bit_map_struct &map)
-{
-    std::vector<bit_part> parts;
-    for (unsigned i = 0; i < map.no_touple && i < MTA_MAX_TOUPLE; ++i) {
-        const unsigned rest = i + 1U < map.no_touple && i + 1U < MTA_MAX_TOUPLE ? map.touple[i + 1].bit_num : 0U;
-        const unsigned width = map.touple[i].bit_num - rest;
-        const unsigned high = 7U - map.touple[i].position % 8U;
-        if (map.touple[i].bit_num <= rest || width > high + 1U) {
-            return {};
-        }
-        parts.push_back({map.offset + map.touple[i].position / 8U, high, high + 1U - width});
-    }
-    return parts;
-}
-
 void place_bit_field(const domain &in, const rw_struct_row &row, laid_member &member)
 {
     const std::uint32_t index = member.row->offsize_index;
@@ -155,6 +139,22 @@ std::string rule_note(const domain &in, const laid_record &record, const laid_me
 
 } // namespace
 
+/* A part's `bit_num` counts the bits still to be placed, so a part is as wide as the drop to the next one's. */
+std::vector<bit_part> parts_of(const mta_bit_map_struct &map)
+{
+    std::vector<bit_part> parts;
+    for (unsigned i = 0; i < map.no_touple && i < MTA_MAX_TOUPLE; ++i) {
+        const unsigned rest = i + 1U < map.no_touple && i + 1U < MTA_MAX_TOUPLE ? map.touple[i + 1].bit_num : 0U;
+        const unsigned width = map.touple[i].bit_num - rest;
+        const unsigned high = 7U - map.touple[i].position % 8U;
+        if (map.touple[i].bit_num <= rest || width > high + 1U) {
+            return {};
+        }
+        parts.push_back({map.offset + map.touple[i].position / 8U, high, high + 1U - width});
+    }
+    return parts;
+}
+
 laid_record lay_out(const domain &in, const rw_struct_row &row, std::uint32_t rt_tag)
 {
     laid_record record{&row, rt_tag, offsize_at(in, row.size_index), {}, {}};
@@ -217,10 +217,10 @@ std::vector<std::string> notes_on(const domain &in, const laid_record &record, c
     return notes;
 }
 
-std::string place_of(const laid_member &member)
+std::string place_of(const std::vector<bit_part> &parts)
 {
     std::string out;
-    for (const auto &part : member.parts) {
+    for (const auto &part : parts) {
         out += fmt::format("{}{}.{}", out.empty() ? "" : " ", part.octet, part.high);
         out += part.high != part.low ? fmt::format("-{}", part.low) : "";
     }

@@ -59,7 +59,10 @@ std::string declarator_of(const laid_member &member);
 /// have several.
 std::vector<std::string> notes_on(const domain &in, const laid_record &record, const laid_member &member);
 
+/// The parts of a bit-field, most significant first; none for a row that is no place.
+std::vector<bit_part> parts_of(const mta_bit_map_struct &map);
+
 /// "3.7-4", for parts "1.7-0 0.7-4": octet, dot, highest bit to lowest.
-std::string place_of(const laid_member &member);
+std::string place_of(const std::vector<bit_part> &parts);
 
 } // namespace solvane::tools

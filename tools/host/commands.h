@@ -15,6 +15,7 @@ command message_command();
 command value_command();
 command record_command();
 command connect_command();
+command layout_command();
 command show_command();
 command trace_command();
 command statements_command();

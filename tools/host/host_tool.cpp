@@ -9,9 +9,9 @@ std::vector<command> commands()
 {
     return {info_command(),      domains_command(), types_command(),      type_command(),    enum_command(),
             messages_command(),  message_command(), value_command(),      record_command(),  statements_command(),
-            connect_command(),   show_command(),    trace_command(),      peers_command(),   classify_command(),
-            decode_command(),    encode_command(),  roundtrip_command(),  convert_command(), check_command(),
-            completion_command(), man_command()};
+            connect_command(),   show_command(),    layout_command(),     trace_command(),   peers_command(),
+            classify_command(),  decode_command(),  encode_command(),     roundtrip_command(), convert_command(),
+            check_command(),     completion_command(), man_command()};
 }
 
 std::vector<option_spec> common(common_settings &into)

@@ -98,7 +98,7 @@ void layout_lines::member(const laid_record &owner, const laid_member &what, std
         for (auto &part : moved.parts) {
             part.octet += base;
         }
-        place = fmt::format("{:>11}", place_of(moved));
+        place = fmt::format("{:>11}", place_of(moved.parts));
     }
     if (opens) {
         lines_.push_back({indent, type_text(what) + " {", "", place, notes(owner, what)});
