@@ -33,6 +33,9 @@ int run(session &work, connect_options &options)
     if (interrupted()) {
         return exit_interrupted;
     }
+    if (stream.died()) {
+        return exit_decoder_died;
+    }
     return result == exit_done && stream.mismatch() ? exit_mismatch : result;
 }
 

@@ -29,6 +29,7 @@ constexpr std::int64_t patience = second;               /* with a child that was
 constexpr std::size_t  longest_message = 128 * 1024;    /* octets; packets end at 100000 */
 constexpr int          channel_room = 4 * 1024 * 1024;  /* octets that may wait for us */
 
+constexpr const char      *peer_closed = "the agent closed the connection";
 constexpr std::string_view closed_line = "closed by peer";
 constexpr std::string_view expected_lines[] = {"connecting on ", "Failed to connect with ", "Connected on port "};
 
@@ -142,10 +143,13 @@ link_event agent_link::ended()
     ::waitpid(child_, &status, 0);
     child_ = -1;
     over_ = true;
+    if (parting_) {
+        return {link_state::lost, {}, 0, peer_closed};
+    }
     const std::string how = WIFSIGNALED(status) ? fmt::format("signal {}", WTERMSIG(status))
                                                 : fmt::format("exit code {}", WEXITSTATUS(status));
     const std::string said = !line_.empty() ? line_ : last_said_;
-    return {link_state::lost, {}, 0,
+    return {link_state::died, {}, 0,
             fmt::format("the library ended the connection's process, {}{}{}", how, said.empty() ? "" : ": ", said)};
 }
 
@@ -196,21 +200,26 @@ std::optional<link_event> agent_link::from_library()
 
 link_event agent_link::wait(std::int64_t limit, int interrupt)
 {
+    const std::int64_t parting_limit = steady_now() + patience;
     while (!over_) {
         pollfd watched[] = {{channel_, POLLIN, 0}, {speech_, POLLIN, 0}, {interrupt, POLLIN, 0}};
-        ::poll(watched, 3, closed_ ? 0 : time_left(limit));
+        ::poll(watched, 3, parting_ ? time_left(parting_limit) : closed_ ? 0 : time_left(limit));
         if (watched[0].revents != 0) {
             if (auto event = from_channel()) {
                 return *event;
             }
-        } else if (closed_) { /* all that came before is through */
-            over_ = true;
-            return {link_state::lost, {}, 0, "the agent closed the connection"};
+        } else if (closed_ && !parting_) { /* all that came before is through; the child looks what is left over */
+            parting_ = true;
+            ::shutdown(channel_, SHUT_WR);
         }
         if ((watched[1].revents & POLLIN) != 0) {
             if (auto event = from_library()) {
                 return *event;
             }
+        }
+        if (parting_ && time_left(parting_limit) == 0) {
+            over_ = true;
+            return {link_state::lost, {}, 0, peer_closed};
         }
         if (watched[2].revents != 0 || (!closed_ && time_left(limit) == 0)) {
             break;

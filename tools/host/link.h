@@ -35,7 +35,8 @@ enum class link_state {
     packet,    ///< `content` came at `time`
     dropped,   ///< the channel lost octets; `text` says which
     said,      ///< the library printed `text`
-    lost,      ///< the peer closed the connection, or the library ended its process; `text` says which
+    lost,      ///< the peer closed the connection
+    died,      ///< the library ended the connection's process; `text` says how
 };
 
 struct link_event {
@@ -56,7 +57,7 @@ public:
     ~agent_link();
 
     /// The next thing that happens, waiting until `limit` (steady clock, nanoseconds) at most; `interrupt` becoming
-    /// readable ends the wait too.  After `refused` or `lost` nothing more comes.
+    /// readable ends the wait too.  After `refused`, `lost` or `died` nothing more comes.
     link_event wait(std::int64_t limit, int interrupt);
     /// Hands a packet to the channel.
     void send(const octets &packet);
@@ -73,6 +74,7 @@ private:
     std::string line_;         ///< of it, not yet whole
     std::string last_said_;
     bool        closed_ = false; ///< the library has told that the peer is gone
+    bool        parting_ = false; ///< the child was asked to end
     bool        over_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "link_child.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -64,6 +65,16 @@ void received(std::uint8_t *packet, std::uint32_t length, std::uint8_t, std::uin
     std::memset(buffer.data(), 0, buffer.size());
 }
 
+/* Behind the last packet the buffer was zeroed: what stands there now never became one. */
+void tell_leftover()
+{
+    const auto last = std::find_if(buffer.rbegin(), buffer.rend(), [](std::uint8_t octet) { return octet != 0; });
+    if (last != buffer.rend()) {
+        tell(link_state::dropped, fmt::format("the connection ended in a packet, behind {} octets or more",
+                                              buffer.rend() - last));
+    }
+}
+
 /* Adds a channel of the list with its users; the logical channel that sends, or -1. */
 std::int32_t open_channel(const dll_info_struct &info, const ttcore_pch &row, std::vector<std::int32_t> &opened)
 {
@@ -122,6 +133,7 @@ void serve_link(const plugin &loaded, const endpoint &to, int channel)
             info.com_pch_stop(pch);
         }
         info.com_lch_disconnect(lch_domain, sender);
+        tell_leftover();
     }
     std::fflush(nullptr); /* a recording of what was sent may be open */
     ::_exit(0);

@@ -176,6 +176,7 @@ std::optional<packet> live_stream::handle(link_event event)
     switch (event.state) {
     case link_state::connected:
         return is_connected_ ? std::nullopt : std::optional(connected(event.time));
+    case link_state::died: died_ = true; return lost(event.text);
     case link_state::refused:
     case link_state::lost: return lost(event.text);
     case link_state::dropped:

@@ -39,6 +39,8 @@ public:
 
     /// The target said that it is of another build.
     bool mismatch() const { return mismatch_; }
+    /// The library ended a connection's process.
+    bool died() const { return died_; }
 
     static constexpr std::int64_t never = INT64_MAX;
 
@@ -72,6 +74,7 @@ private:
     bool                            is_connected_ = false;
     bool                            over_ = false;
     bool                            mismatch_ = false;
+    bool                            died_ = false;
 };
 
 } // namespace solvane::tools

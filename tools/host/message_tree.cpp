@@ -82,20 +82,6 @@ std::string list_text(const value_node &node)
     return out + "]";
 }
 
-std::string octets_text(const value_node &node)
-{
-    if (node.bytes.empty()) {
-        return "none";
-    }
-    const bool text = std::all_of(node.bytes.begin(), node.bytes.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
-    if (text) {
-        return quoted(std::string(node.bytes.begin(), node.bytes.end()));
-    }
-    const auto shown = std::span(node.bytes).first(std::min(node.bytes.size(), longest_octets));
-    return to_hex(shown) +
-           (shown.size() < node.bytes.size() ? fmt::format("... ({} octets)", node.bytes.size()) : "");
-}
-
 std::string members_text(const value_node &node)
 {
     std::string out;
@@ -110,6 +96,19 @@ std::string members_text(const value_node &node)
 }
 
 } // namespace
+
+std::string octets_text(std::span<const std::uint8_t> octets)
+{
+    if (octets.empty()) {
+        return "none";
+    }
+    const bool text = std::all_of(octets.begin(), octets.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
+    if (text) {
+        return quoted(std::string(octets.begin(), octets.end()));
+    }
+    const auto shown = octets.first(std::min(octets.size(), longest_octets));
+    return to_hex(shown) + (shown.size() < octets.size() ? fmt::format("... ({} octets)", octets.size()) : "");
+}
 
 message_tree tree_of(session &work, const std::string &name, const octets &message, bool isolate)
 {
@@ -132,7 +131,7 @@ std::string inline_text(const value_node &node)
     switch (node.form) {
     case shape::number:
         return !node.literal.empty() ? node.literal : std::to_string(node.number);
-    case shape::octets: return octets_text(node);
+    case shape::octets: return octets_text(node.bytes);
     case shape::record: return members_text(node);
     case shape::list: return list_text(node);
     case shape::pointer: return node.children.empty() ? "-" : inline_text(node.children.front());

@@ -1,6 +1,8 @@
 // A message as a tree of named values: the one place that knows how octets of a structure of that name are read.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 #include "image.h"
@@ -27,5 +29,8 @@ message_tree tree_of(session &work, const std::string &name, const octets &messa
 /// The members in a line, `name=value`; counts, capacities and the code of the message itself are left out, long
 /// arrays told by their size.
 std::string inline_text(const value_node &node);
+
+/// Octets in hex, many of them cut and told by their number; a text in quotes.
+std::string octets_text(std::span<const std::uint8_t> octets);
 
 } // namespace solvane::tools

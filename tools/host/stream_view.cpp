@@ -249,7 +249,7 @@ record stream_view::state::code_record(const packet &what)
     died = died || tree.died;
     if (!tree.read) {
         out.complaint = structure == nullptr ? "a code that there is no structure for" : tree.died ? "the library died" : "";
-        out.text += message.empty() ? "" : "  " + to_hex(message);
+        out.text += message.empty() ? "" : "  " + octets_text(message);
         out.object["octets"] = to_hex(message);
         return out;
     }
