@@ -18,6 +18,8 @@ namespace {
 constexpr std::int64_t second = 1'000'000'000;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t parting_time = 2 * second; /* for the host to close its end too */
+constexpr std::int64_t first_word = second;       /* for a host to ask something at all */
+constexpr std::int64_t next_word = second / 10;   /* for one that has asked to go on */
 
 /* A channel takes one frame out of what it reads at once, so frames keep a distance. */
 constexpr std::int64_t usual_distance = second / 5000;
@@ -30,14 +32,15 @@ std::int64_t now()
 
 } // namespace
 
-/* With --rate the packets follow each other evenly, else as they were recorded. */
+/* When something is to be done: an answer, a packet, or with --once, when all was said, the end.  With --rate the
+ * packets follow each other evenly, else as they were recorded. */
 std::int64_t playback::next_due() const
 {
     if (!answers_.empty()) {
         return free_at_;
     }
     if (next_ == run_.size()) {
-        return never;
+        return options_.once ? heard_at_ + (heard_ ? next_word : first_word) : never;
     }
     return options_.rate ? free_at_ : std::max(free_at_, start_ + run_[next_].at);
 }
@@ -76,6 +79,8 @@ bool playback::take_commands(int connection)
     if (got.empty()) {
         return false;
     }
+    heard_ = true;
+    heard_at_ = now();
     incoming_.feed(got);
     bool stays = true;
     while (const auto command = incoming_.next()) {
@@ -116,20 +121,23 @@ parting playback::close_gently(int connection, int interrupt)
 
 parting playback::play(int connection, int interrupt)
 {
-    start_ = free_at_ = now();
+    start_ = free_at_ = heard_at_ = now();
     for (;;) {
         if (interrupted()) {
             return parting::interrupted;
-        }
-        if (options_.once && session_over() && answers_.empty()) {
-            return close_gently(connection, interrupt);
         }
         bool readable = false;
         wait(connection, interrupt, next_due(), readable);
         if (readable && !take_commands(connection)) {
             return parting::host_left;
         }
-        if (now() >= next_due() && !send_next(connection)) {
+        if (now() < next_due()) {
+            continue;
+        }
+        if (session_over() && answers_.empty()) {
+            return close_gently(connection, interrupt);
+        }
+        if (!send_next(connection)) {
             return interrupted() ? parting::interrupted
                    : options_.drop_after && sent_ >= *options_.drop_after ? parting::dropped : parting::host_left;
         }

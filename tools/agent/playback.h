@@ -58,6 +58,8 @@ private:
     std::size_t                      next_ = 0;  ///< of the session
     std::int64_t                     start_ = 0; ///< when this round of it began, nanoseconds
     std::int64_t                     free_at_ = 0; ///< no frame before
+    std::int64_t                     heard_at_ = 0; ///< the last command, or the beginning
+    bool                             heard_ = false;
     std::uint64_t                    sent_ = 0;
 };
 

@@ -69,9 +69,10 @@ void received(std::uint8_t *packet, std::uint32_t length, std::uint8_t, std::uin
 void tell_leftover()
 {
     const auto last = std::find_if(buffer.rbegin(), buffer.rend(), [](std::uint8_t octet) { return octet != 0; });
-    if (last != buffer.rend()) {
-        tell(link_state::dropped, fmt::format("the connection ended in a packet, behind {} octets or more",
-                                              buffer.rend() - last));
+    const auto size = buffer.rend() - last;
+    if (remainder_comes || size != 0) {
+        tell(link_state::dropped, fmt::format("the connection ended in a packet{}",
+                                              size != 0 ? fmt::format(", behind {} octets or more", size) : ""));
     }
 }
 

@@ -95,6 +95,7 @@ void live_stream::keep(const packet &what)
     recording_->write(what);
     if (const auto record = decoded_record(work_, what)) {
         recording_->write_decoded(what, *record);
+        ++number_; /* a packet of the recording too */
     }
 }
 
@@ -148,7 +149,7 @@ std::optional<packet> live_stream::lost(const std::string &why)
     link_.reset();
     is_connected_ = false;
     if (!was_connected_ && steady_now() >= give_up_) {
-        throw failure(exit_cannot_open, fmt::format("cannot connect to {}: {}", to_.text(), why));
+        throw failure(died_ ? exit_decoder_died : exit_cannot_open, fmt::format("cannot connect to {}: {}", to_.text(), why));
     }
     over_ = was && options_.once;
     lost_at_ = was ? steady_now() : lost_at_;
