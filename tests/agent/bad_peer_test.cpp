@@ -69,12 +69,23 @@ std::string framed(const std::string &octets)
 /* A packet of `size` octets with a code that no report has. */
 std::string big(std::size_t size)
 {
-    return "\xC8" + std::string(size - 1, '\x01');
+    std::string packet(size, '\x01');
+    packet[0] = '\xC8';
+    return packet;
 }
 
 tool_result connect_to(const std::string &port)
 {
     return run_tool({"--lib", SOLVANE_PLUGIN, "connect", "--port", port, "--silent", "--once", "-t", "none"});
+}
+
+std::string repeated(const std::string &what)
+{
+    std::string all;
+    for (int i = 0; i < 100; ++i) {
+        all += what;
+    }
+    return all;
 }
 
 const std::string response("\x03\x03\x00\x00\x00\x07", 6); /* MTA_TT_RESPONSE */
@@ -102,8 +113,7 @@ TEST(bad_peer, gets_what_it_sends_told)
     const row rows[] = {
         {"nothing", "", "", 0},
         {"two frames at once", framed(response) + framed(response), response_line + response_line, 0},
-        {"a hundred frames at once", [] { std::string all; for (int i = 0; i < 100; ++i) all += framed(response); return all; }(),
-         [] { std::string all; for (int i = 0; i < 100; ++i) all += response_line; return all; }(), 0},
+        {"a hundred frames at once", repeated(framed(response)), repeated(response_line), 0},
         {"empty frames in front", "~~~~" + framed(response) + framed(response), "", -1},
         {"no frame at all", "hello there", dropped + "the connection ended in a packet, behind 11 octets or more\n", 1},
         {"half a frame", framed(response) + framed(response).substr(0, 5),
@@ -174,7 +184,8 @@ TEST(bad_peer, that_is_not_there_is_refused_in_one_line)
         bad_peer gone([](int) {}); /* its port is free again */
         port = gone.port();
     }
-    for (const std::vector<std::string> &command : {std::vector<std::string>{"connect"}, {"layout"}, {"connect", "--patience", "1"}}) {
+    const std::vector<std::vector<std::string>> commands = {{"connect"}, {"layout"}, {"connect", "--patience", "1"}};
+    for (const auto &command : commands) {
         std::vector<std::string> all = {"--lib", SOLVANE_PLUGIN, "--port", port};
         all.insert(all.begin() + 2, command.begin(), command.end());
         const auto result = run_tool(all);

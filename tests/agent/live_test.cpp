@@ -91,7 +91,7 @@ TEST(live, plays_a_recording_as_it_was)
                                "1.000 in  trace com_tcp.c:153 3 5\n"
                                "1.001 in  words com_tcp.c:153 4 6\n"
                                "1.002 out packet 2121\n"
-                               "1.003 in  message src=MOD_CC dest=MOD_MM sap=MM_CC_SAP msg=MSG_ID_MMCC_DATA_REQ peer=0305\n"
+                               "1.003 in  message src=MOD_CC dest=MOD_MM sap=MM_CC_SAP msg=27 peer=0305\n"
                                "1.004 in  packet 0303000000ff\n";
     temporary_file run(script);
     agent          target({"-r", run.path(), "--once"});
@@ -183,9 +183,11 @@ TEST(commands, are_answered)
     const row rows[] = {
         {"MTA_TT_VERSION_REQ", R"(agent     MTA_TT_VERSION_RESP  str="solvane-agent 1.0.0")"},
         {"packet 21", R"(agent     MTA_TT_VERSION_RESP  str="solvane-agent 1.0.0")"},
-        {"MTA_TT_CALL_FUNC_REQ {\"ral\":[3,1],\"message\":\"010203\"}", "agent     MTA_TT_CALL_FUNC_RESP  message=010203"},
-        {"MTA_TT_SET_VAR_REQ {\"from\":1,\"size\":2,\"value\":\"7d7e\",\"ral\":[2,5]}", "agent     MTA_TT_SET_VAR_RESP  ret_val=0"},
-        {"MTA_TT_GET_VAR_REQ {\"from\":1,\"ral_info\":[{\"size\":2,\"ral\":[2,5]}]}",
+        {R"(MTA_TT_CALL_FUNC_REQ {"ral":[3,1],"message":"010203"})",
+         "agent     MTA_TT_CALL_FUNC_RESP  message=010203"},
+        {R"(MTA_TT_SET_VAR_REQ {"from":1,"size":2,"value":"7d7e","ral":[2,5]})",
+         "agent     MTA_TT_SET_VAR_RESP  ret_val=0"},
+        {R"(MTA_TT_GET_VAR_REQ {"from":1,"ral_info":[{"size":2,"ral":[2,5]}]})",
          R"(agent     MTA_TT_GET_VAR_RESP  var_info=[dref=0 var_id=0 var="}~"])"},
         {"MTA_TT_SET_LOG {\"level\":3}", "agent     MTA_TT_RESPONSE  ret_val=0"},
         {"packet 0102", "agent     MTA_TT_ERROR  ret_val=1"},
@@ -199,7 +201,8 @@ TEST(commands, are_answered)
     }
     agent      target({"--seed", "3", "-c", "1"}); /* a trace */
     const auto live = host("connect", target,
-                           words{"-t", "none", "-q", "--silent", "--only", "reports", "-c", std::to_string(std::size(rows))} + sends);
+                           words{"-t", "none", "-q", "--silent", "--only", "reports", "-c",
+                                 std::to_string(std::size(rows))} + sends);
     EXPECT_EQ(live.out, expected);
     EXPECT_EQ(live.code, 0);
     const auto injected = host("connect", target,

@@ -12,11 +12,16 @@ octets hex(const char *text)
     return parse_hex(text).value;
 }
 
+void add(std::string &packets, const std::string &more)
+{
+    packets.append(packets.empty() || more.empty() ? "" : " ").append(more);
+}
+
 std::string all_of(frame_splitter &from)
 {
     std::string out;
     while (const auto packet = from.next()) {
-        out += (out.empty() ? "" : " ") + to_hex(*packet);
+        add(out, to_hex(*packet));
     }
     return out;
 }
@@ -46,8 +51,7 @@ TEST(frame_splitter, finds_the_same_packets_however_the_stream_is_cut)
             splitter.feed(std::span(stream).first(cut));
             std::string packets = all_of(splitter);
             splitter.feed(std::span(stream).subspan(cut));
-            const std::string rest = all_of(splitter);
-            packets += (packets.empty() || rest.empty() ? "" : " ") + rest;
+            add(packets, all_of(splitter));
             EXPECT_EQ(packets, row.packets) << row.name << " cut at " << cut;
             EXPECT_EQ(splitter.stray(), row.stray) << row.name << " cut at " << cut;
             EXPECT_EQ(splitter.pending(), row.pending) << row.name << " cut at " << cut;
@@ -90,7 +94,7 @@ TEST(chunk_tail, tells_what_stands_behind_the_first_frame)
         const chunk_tail tail = tail_of(hex(row.buffer));
         std::string      packets;
         for (const auto &packet : tail.packets) {
-            packets += (packets.empty() ? "" : " ") + to_hex(packet);
+            add(packets, to_hex(packet));
         }
         EXPECT_EQ(packets, row.packets) << row.name;
         EXPECT_EQ(tail.stray, row.stray) << row.name;

@@ -12,8 +12,8 @@ struct tool_result {
     std::string err;
 };
 
-/// A word of `environment` is NAME=VALUE.  `input` is its standard input.  A tool that does not end within half a minute
-/// is ended by SIGALRM.
+/// A word of `environment` is NAME=VALUE.  `input` is its standard input.  A tool that does not end within half a
+/// minute is ended by SIGALRM.
 tool_result run_tool(const std::vector<std::string> &words, const std::string &input = "",
                      const std::vector<std::string> &environment = {});
 

@@ -110,9 +110,9 @@ command play_command()
     return {
         "play",
         "stands in for a target's agent: plays a session to the host that connects and answers its commands",
-        "The port goes to standard output in one line, `listening on 127.0.0.1:PORT`.  The session is a recording, or is\n"
-        "made up from the plug-in's tables; every host gets it from its start, and an agent that has played it goes on\n"
-        "answering.  Layouts are those of the plug-in but for the alterations.  Ends by Ctrl-C.",
+        "The port goes to standard output in one line, `listening on 127.0.0.1:PORT`.  The session is a recording, or\n"
+        "is made up from the plug-in's tables; every host gets it from its start, and an agent that has played it goes\n"
+        "on answering.  Layouts are those of the plug-in but for the alterations.  Ends by Ctrl-C.",
         {{"", "a made-up session on a port that the system chooses"},
          {"-r run.pcapng --port 4711 --loop", "a recording, over and over"},
          {"--once --rate 1000", "ends with the session, a thousand packets a second"},

@@ -66,7 +66,7 @@ octets faults::frame(octets packet)
     case 3: return with_garbage(packet, random_);
     case 4: return hidden_end(packet);
     default:
-        packet[0] = static_cast<std::uint8_t>(report_trace_words + 1 + random_() % 200); /* a code that there is none of */
+        packet[0] = static_cast<std::uint8_t>(report_trace_words + 1 + random_() % 200); /* no report has such a code */
         return frame_of(packet);
     }
 }

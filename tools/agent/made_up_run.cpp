@@ -153,7 +153,10 @@ octets composer::string_trace()
 octets composer::integer_trace()
 {
     const tsc_db_item_struct *item = &statement();
-    for (int tries = 0; tries < 50 && argument_letters(item->trace_format, false).find('s') != std::string::npos; ++tries) {
+    const auto                has_text = [&] {
+        return argument_letters(item->trace_format, false).find('s') != std::string::npos;
+    };
+    for (int tries = 0; tries < 50 && has_text(); ++tries) {
         item = &statement();
     }
     octets     out = {report_trace_words};

@@ -59,6 +59,14 @@ target::target(const plugin &loaded, const target_layout &layout, std::string ba
 {
 }
 
+/* From the first domain that has the structure. */
+std::optional<wire_form> target::form_of(const char *structure) const
+{
+    const auto in = std::find_if(domains_.begin(), domains_.end(),
+                                 [&](const domain &each) { return find_type(each, structure).has_value(); });
+    return in != domains_.end() ? wire_form_of(*in, structure) : std::nullopt;
+}
+
 octets target::result(std::uint8_t code, std::uint32_t value) const
 {
     octets out = {code, code}; /* the structure names its report too */
@@ -142,12 +150,11 @@ octets target::variables(std::uint8_t code, const value_node &request)
         values.push_back({{"var_id", std::uint64_t{i}},
                           {"var", std::vector<std::uint64_t>(value.begin(), value.end())}});
     }
-    const auto form = wire_form_of(*std::find_if(domains_.begin(), domains_.end(), [&](const domain &in) {
-        return find_type(in, report_struct(code)).has_value();
-    }), report_struct(code));
     octets out = {code};
-    octets body = form ? write_wire(*form, {{"response", std::uint64_t{code}}, {"var_info", std::move(values)}}) : octets();
-    out.insert(out.end(), body.begin(), body.end());
+    if (const auto form = form_of(report_struct(code))) {
+        const octets body = write_wire(*form, {{"response", std::uint64_t{code}}, {"var_info", std::move(values)}});
+        out.insert(out.end(), body.begin(), body.end());
+    }
     return out;
 }
 
@@ -201,11 +208,9 @@ std::vector<octets> target::answer(const octets &command)
         octets made = called(body, whole);
         return whole ? std::vector<octets>{made} : refused();
     }
-    const auto in = std::find_if(domains_.begin(), domains_.end(),
-                                 [&](const domain &each) { return find_type(each, structure).has_value(); });
-    const auto form = in != domains_.end() ? wire_form_of(*in, structure) : std::nullopt;
+    const auto         form = form_of(structure);
     const wire_reading request = form ? read_wire(loaded_, *form, body) : wire_reading();
-    if (request.ran_short && form->fields.size() > 1) {
+    if (request.ran_short && form->fields.size() > 1) { /* a bare command needs no more than its code */
         return refused();
     }
     switch (code) {

@@ -11,6 +11,7 @@
 #include "dictionary.h"
 #include "image.h"
 #include "target_layout.h"
+#include "wire_form.h"
 
 namespace solvane::tools {
 
@@ -25,6 +26,7 @@ public:
     bool                leave() const { return leave_; }
 
 private:
+    std::optional<wire_form> form_of(const char *structure) const;
     std::vector<octets> bare_answer(std::uint8_t code);
     octets              variables(std::uint8_t code, const value_node &request);
     octets              variable(const value_node &request, std::uint64_t size);

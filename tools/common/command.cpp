@@ -99,8 +99,9 @@ const command *chosen_command(const CLI::App &app, const std::vector<command> &c
 [[noreturn]] void usage(const CLI::ParseError &error, const command *chosen)
 {
     std::string text = one_line(error.what());
-    throw failure(exit_usage, fmt::format("{} (see {}{}{} --help)", text, running_tool().name, chosen != nullptr ? " " : "",
-                                          chosen != nullptr ? chosen->name : ""));
+    const std::string tool = running_tool().name;
+    throw failure(exit_usage, fmt::format("{} (see {} --help)", text,
+                                          chosen != nullptr ? tool + " " + chosen->name : tool));
 }
 
 /* How a command is called: the usual one without its name. */
@@ -144,10 +145,12 @@ std::string option_block(const char *title, const std::vector<option_spec> &opti
 
 std::string help_text(const command &of, const std::vector<option_spec> &common)
 {
-    std::string out = fmt::format("{}: {}\n", of.name == running_tool().usual ? running_tool().name : of.name, of.summary);
+    const bool  usual = of.name == running_tool().usual;
+    std::string out = fmt::format("{}: {}\n", usual ? running_tool().name : of.name, of.summary);
     out += of.examples.empty() ? "" : "\nExamples:\n";
     for (const auto &each : of.examples) {
-        out += fmt::format("  {}{}{}\n      {}\n", running_tool().name, each.line.empty() ? "" : " ", each.line, each.says);
+        out += fmt::format("  {}{}{}\n      {}\n", running_tool().name, each.line.empty() ? "" : " ", each.line,
+                           each.says);
     }
     out += fmt::format("\nUsage: {}\n", usage_line(of));
     for (const auto &argument : of.arguments) {

@@ -54,7 +54,8 @@ std::string command_entry(const command &each)
     }
     out += option_entries(each.options);
     for (const auto &example : each.examples) {
-        out += fmt::format(".PP\n.EX\n{} {}\n.EE\n.RS 4\n{}\n.RE\n", roff(running_tool().name), roff(example.line), roff(example.says));
+        out += fmt::format(".PP\n.EX\n{} {}\n.EE\n.RS 4\n{}\n.RE\n", roff(running_tool().name), roff(example.line),
+                           roff(example.says));
     }
     return out;
 }
@@ -74,7 +75,8 @@ int run(session &work)
     const tool_spec  &tool = running_tool();
     const std::string name = roff(tool.name);
     std::string       title = name;
-    std::transform(title.begin(), title.end(), title.begin(), [](char c) { return static_cast<char>(std::toupper(c)); });
+    std::transform(title.begin(), title.end(), title.begin(),
+                   [](char c) { return static_cast<char>(std::toupper(c)); });
     std::string out =
         fmt::format(".TH {} 1 \"\" \"{} {}\" \"User Commands\"\n.SH NAME\n{} \\- {}\n.SH SYNOPSIS\n.B {}\n{}"
                     "[\\fIarguments\\fR] [\\fIoptions\\fR]\n.SH COMMANDS\n",

@@ -15,7 +15,8 @@ bool is_capacity(const rw_struct_row &row, const rw_member_row &member)
 {
     for (std::uint32_t i = 0; i < row.no_members; ++i) {
         const rw_member_row &other = row.members[i];
-        if (other.role == RW_ROLE_POINTER && other.ref != RW_NO_REF && member.name == std::string(other.name) + "_size") {
+        const bool counted = other.role == RW_ROLE_POINTER && other.ref != RW_NO_REF;
+        if (counted && member.name == std::string(other.name) + "_size") {
             return true;
         }
     }

@@ -70,7 +70,8 @@ value_node form_reader::array(const wire_form &form, const wire_field &field, st
         const auto octets = take(count);
         node.form = short_ ? shape::cut : shape::octets;
         node.bytes.assign(octets.begin(), octets.end());
-        const bool clean = std::all_of(octets.begin(), octets.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
+        const bool clean =
+            std::all_of(octets.begin(), octets.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
         node.words = clean ? std::string(octets.begin(), octets.end()) : "";
         return node;
     }

@@ -33,7 +33,8 @@ std::optional<octets> decoded_record(session &work, const packet &what)
     if (!message) {
         return std::nullopt;
     }
-    const auto entity = static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
+    const auto entity =
+        static_cast<std::uint8_t>(work.settings.domain.empty() ? ENTITY_STACK : work.domains()[0].number);
     const auto dissector = dissector_of(classify(work.started(), *message, entity).name);
     return dissector.empty() ? std::nullopt : std::optional(upper_pdu(dissector, message->peer));
 }

@@ -47,10 +47,10 @@ command connect_command()
     return {
         "connect",
         "what a target sends, live: traces, classified messages, prints",
-        "Opens the channels on the plug-in's list towards an agent and shows what comes, a record a line.  A connection\n"
-        "that is lost is made anew, with a line for each; before the first one there is --patience.  The target is asked\n"
-        "for its build, and another one than the plug-in's is told loudly.  Ends by Ctrl-C, -c or --once.  A recording\n"
-        "made on the way is read back by `show`, with the same view.",
+        "Opens the channels on the plug-in's list towards an agent and shows what comes, a record a line.  A\n"
+        "connection that is lost is made anew, with a line for each; before the first one there is --patience.  The\n"
+        "target is asked for its build, and another one than the plug-in's is told loudly.  Ends by Ctrl-C, -c or\n"
+        "--once.  A recording made on the way is read back by `show`, with the same view.",
         {{"connect --port 4711", "everything, until Ctrl-C"},
          {"connect --port 4711 --module LRRC --grep cell -c 20", "twenty traces of a module that have that word"},
          {"connect --port 4711 --only messages --bodies --json", "messages, decoded, for programs"},

@@ -69,7 +69,8 @@ int ask_target(session &work, layout_options &options, layout_answers &answers)
         }
         if (!next) {
             throw failure(exit_expectation,
-                          fmt::format("{}: no layout of {}", stream.expired(limit) ? "the time is over" : "the agent left",
+                          fmt::format("{}: no layout of {}",
+                                      stream.expired(limit) ? "the time is over" : "the agent left",
                                       answers.missing()));
         }
         take(work, answers, *next);
@@ -155,7 +156,8 @@ void show_named(session &work, const std::string &name)
         if (!type.is_record()) {
             throw failure(exit_findings, fmt::format("{} is no structure", name));
         }
-        const auto compared = compare_layouts(on_target(work.started(), *found.in), *found.in, struct_row(*found.in, type));
+        const auto compared =
+            compare_layouts(on_target(work.started(), *found.in), *found.in, struct_row(*found.in, type));
         (work.settings.json ? json_record : print_record)(work, *found.in, compared);
         if (compared.differs()) {
             work.note_finding();
@@ -215,9 +217,9 @@ command layout_command()
     return {
         "layout",
         "where the target lays structures out otherwise than this library does",
-        "The target is asked for its layout, or a recording is read in which it told it.  Without a name every structure\n"
-        "that differs gets a line; with one its members stand side by side: offset and octets, or a bit-field's place.\n"
-        "Exit code 1 when something differs, 5 when the target does not answer in time.",
+        "The target is asked for its layout, or a recording is read in which it told it.  Without a name every\n"
+        "structure that differs gets a line; with one its members stand side by side: offset and octets, or a\n"
+        "bit-field's place.  Exit code 1 when something differs, 5 when the target does not answer in time.",
         {{"layout --port 4711", "what differs"},
          {"layout mta_bit_map_struct --port 4711", "a structure side by side"},
          {"layout -r run.pcapng --domain lte --json", "from a recording, for programs"}},

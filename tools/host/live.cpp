@@ -81,7 +81,8 @@ void live_stream::open_recording()
         [this](std::string_view block) {
             file_.write(block.data(), static_cast<std::streamsize>(block.size()));
             if (!file_.flush()) { /* what was seen is on disk, whatever becomes of us */
-                throw failure(exit_cannot_open, fmt::format("cannot write {}: {}", options_.record, std::strerror(errno)));
+                throw failure(exit_cannot_open,
+                              fmt::format("cannot write {}: {}", options_.record, std::strerror(errno)));
             }
         },
         work_));
@@ -149,7 +150,8 @@ std::optional<packet> live_stream::lost(const std::string &why)
     link_.reset();
     is_connected_ = false;
     if (!was_connected_ && steady_now() >= give_up_) {
-        throw failure(died_ ? exit_decoder_died : exit_cannot_open, fmt::format("cannot connect to {}: {}", to_.text(), why));
+        throw failure(died_ ? exit_decoder_died : exit_cannot_open,
+                      fmt::format("cannot connect to {}: {}", to_.text(), why));
     }
     over_ = was && options_.once;
     lost_at_ = was ? steady_now() : lost_at_;
@@ -166,8 +168,9 @@ void live_stream::check_build(const octets &report)
         return;
     }
     mismatch_ = true;
-    const std::string text = fmt::format("WARNING: the target is of build {}, the plug-in of build {}; texts, names and "
-                                         "layouts may be wrong", theirs, baseline_);
+    const std::string text = fmt::format(
+        "WARNING: the target is of build {}, the plug-in of build {}; texts, names and layouts may be wrong", theirs,
+        baseline_);
     complain(text);
     waiting_.insert(waiting_.begin(), note(text));
 }

@@ -245,10 +245,13 @@ record stream_view::state::code_record(const packet &what)
     out.colour = ink::type;
     out.text = or_number(name, code);
     out.object["code"] = json_enum(code, name);
-    const message_tree tree = structure != nullptr ? tree_of(work, structure, message, options.isolate) : message_tree();
+    const message_tree tree =
+        structure != nullptr ? tree_of(work, structure, message, options.isolate) : message_tree();
     died = died || tree.died;
     if (!tree.read) {
-        out.complaint = structure == nullptr ? "a code that there is no structure for" : tree.died ? "the library died" : "";
+        out.complaint = structure == nullptr ? "a code that there is no structure for"
+                        : tree.died          ? "the library died"
+                                             : "";
         out.text += message.empty() ? "" : "  " + octets_text(message);
         out.object["octets"] = to_hex(message);
         return out;
