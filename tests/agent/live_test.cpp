@@ -188,7 +188,10 @@ TEST(commands, are_answered)
         {R"(MTA_TT_SET_VAR_REQ {"from":1,"size":2,"value":"7d7e","ral":[2,5]})",
          "agent     MTA_TT_SET_VAR_RESP  ret_val=0"},
         {R"(MTA_TT_GET_VAR_REQ {"from":1,"ral_info":[{"size":2,"ral":[2,5]}]})",
-         R"(agent     MTA_TT_GET_VAR_RESP  var_info=[dref=0 var_id=0 var="}~"])"},
+         R"(agent     MTA_TT_GET_VAR_RESP  var_info=[{dref=0 var_id=0 var="}~"}])"},
+        {"MTA_TT_PROF_STATS_REQ", "agent     MTA_TT_PROF_STATS_RESP  time_per_tickN=1 time_per_tickD=32 task_stats="
+                                  R"([{task_name="MTA" num_ticks=400} {task_name="NAS" num_ticks=200} )"
+                                  R"({task_name="LRRC" num_ticks=100} {task_name="NRRC" num_ticks=50}])"},
         {"MTA_TT_SET_LOG {\"level\":3}", "agent     MTA_TT_RESPONSE  ret_val=0"},
         {"packet 0102", "agent     MTA_TT_ERROR  ret_val=1"},
         {"packet c8c8", "agent     MTA_TT_ERROR  ret_val=200"},

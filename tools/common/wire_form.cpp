@@ -9,6 +9,8 @@ namespace solvane::tools {
 namespace {
 
 constexpr std::string_view message_struct = "tt_msg_struct";
+constexpr std::string_view statistics_struct = "mta_tt_task_profiling_stats"; /* its entries are counted in octets */
+constexpr std::string_view task_struct = "mta_tt_task_stats";                 /* its name stands behind its length */
 
 /* `x_size` beside a counted pointer `x`: how many elements the array has room for, no business of the other end's. */
 bool is_capacity(const rw_struct_row &row, const rw_member_row &member)
@@ -67,6 +69,25 @@ bool set_content(const domain &in, wire_field &field)
     return field.type.kind != RW_KIND_VOID && field.size >= 1 && field.size <= 8;
 }
 
+/* Where the two structures depart from their declaration. */
+void depart(wire_form &form)
+{
+    for (std::size_t i = 0; i < form.fields.size(); ++i) {
+        wire_field &field = form.fields[i];
+        if (field.counted_by == wire_field::none) {
+            continue;
+        }
+        field.count_is_octets = form.name == statistics_struct;
+        if (form.name == task_struct) {
+            const auto begin = form.fields.begin();
+            const auto behind = begin + static_cast<std::ptrdiff_t>(field.counted_by) + 1;
+            std::rotate(behind, begin + static_cast<std::ptrdiff_t>(i), begin + static_cast<std::ptrdiff_t>(i) + 1);
+            return;
+        }
+    }
+}
+
+void write_array(octets &out, const wire_field &field, const wire_value *value);
 void write_record(octets &out, const wire_form &form, const wire_record &values);
 
 std::size_t elements_of(const wire_value &value)
@@ -83,6 +104,11 @@ std::uint64_t number_of(const wire_form &form, std::size_t index, const wire_rec
 {
     for (const auto &other : form.fields) {
         const auto found = values.find(std::string_view(other.row->name));
+        if (other.counted_by == index && other.count_is_octets) {
+            octets entries;
+            write_array(entries, other, found != values.end() ? &found->second : nullptr);
+            return entries.size();
+        }
         if (other.counted_by == index) {
             return found != values.end() ? elements_of(found->second) : 0;
         }
@@ -155,6 +181,7 @@ std::optional<wire_form> wire_form_of(const domain &in, std::string_view structu
         }
         form.fields.push_back(std::move(field));
     }
+    depart(form);
     return form;
 }
 

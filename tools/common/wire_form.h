@@ -2,8 +2,9 @@
 //
 // The members go in the order of their declaration, numbers most significant octet first; a counted array stands where
 // its pointer does, an optional member only when its flag is set, and the capacity `x_size` beside a counted pointer
-// is left out.  An inter-layer message inside another message has a form of its own (agent_packet.h).  For the four
-// structures that the plug-in codes itself ask its peer table instead.
+// is left out.  The statistics of the tasks depart from that: the entries are counted in octets, and in an entry the
+// name stands right behind its length.  An inter-layer message inside another message has a form of its own
+// (agent_packet.h).  For the four structures that the plug-in codes itself ask its peer table instead.
 #pragma once
 
 #include <cstdint>
@@ -30,6 +31,7 @@ struct wire_field {
     bool                   is_array = false;
     std::size_t            fixed = 0;        ///< elements of an array that is not counted
     std::size_t            counted_by = none; ///< field that holds the number of elements
+    bool                   count_is_octets = false;
     std::size_t            present_by = none; ///< field that is not 0 when this one is there
     bool                   is_message = false; ///< an inter-layer message
     std::vector<wire_form> inside;           ///< one: the form of the structure, or of the elements

@@ -76,7 +76,8 @@ value_node form_reader::array(const wire_form &form, const wire_field &field, st
         return node;
     }
     node.form = shape::list;
-    for (std::uint64_t i = 0; i < count && !short_; ++i) {
+    const std::uint64_t end = at_ + count; /* where `count` is one of octets */
+    for (std::uint64_t i = 0; (field.count_is_octets ? at_ < end : i < count) && !short_; ++i) {
         node.children.push_back(field.inside.empty() ? number(form, field) : record(field.inside.front()));
     }
     return node;

@@ -77,7 +77,8 @@ std::string list_text(const value_node &node)
     }
     std::string out = "[";
     for (const auto &child : node.children) {
-        out += (out.size() > 1 ? " " : "") + inline_text(child);
+        out.append(out.size() > 1 ? " " : "");
+        out += child.form == shape::record ? fmt::format("{{{}}}", inline_text(child)) : inline_text(child);
     }
     return out + "]";
 }
