@@ -81,7 +81,9 @@ function(solvane_generated_files db schemas output sources headers)
     endforeach()
     foreach(domain IN LISTS SOLVANE_SCHEMA_DOMAINS)
         solvane_schema_files(${db} "${schemas}" ${domain} files)
-        if(NOT domain STREQUAL umts AND files STREQUAL "${schemas}/${domain}-rrc.asn" AND EXISTS ${schemas}/record-sizes.tsv)
+        # The tables tell of no UMTS type.
+        if(NOT domain STREQUAL umts AND files STREQUAL "${schemas}/${domain}-rrc.asn" AND
+           EXISTS ${schemas}/record-sizes.tsv)
             list(APPEND source_files ${output}/production/${domain}_record_sizes.cpp)
         endif()
     endforeach()

@@ -25,8 +25,8 @@ struct domain_schema {
     std::size_t octets = 0;  ///< of its files
 };
 
-/// Puts the replacements in the place of what they replace.  Answers false when one of them cannot be read, and puts its
-/// path into `unreadable`.
+/// Puts the replacements in the place of what they replace.  Answers false when one of them cannot be read, and puts
+/// its path into `unreadable`.
 bool replace_schemas(std::vector<input_file> &inputs, const std::vector<replacement> &by, std::string &unreadable);
 
 /// Parses the ASN.1 files.  Messages show a path behind `shown_root`.

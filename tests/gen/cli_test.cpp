@@ -73,6 +73,61 @@ TEST_F(cli, writes_the_outputs_that_it_lists_and_what_they_depend_on)
         EXPECT_NE(depfile.find(input), std::string::npos) << input << "\n" << depfile;
 }
 
+/// A folder that holds a schema of one type, and what may stand for it.
+class cli_schema : public cli {
+protected:
+    void SetUp() override
+    {
+        cli::SetUp();
+        for (const char *unit : {"common/base_types.def", "common/asn_types.def"})
+            fs::copy_file(fs::path(SOLVANE_GEN_DB) / unit, root_ / "db" / unit,
+                          fs::copy_options::overwrite_existing);
+        write("db/nr/own.asn", "Own DEFINITIONS AUTOMATIC TAGS ::= BEGIN Mine ::= BOOLEAN END");
+        write("other.txt", "First DEFINITIONS AUTOMATIC TAGS ::= BEGIN A ::= SEQUENCE { a BOOLEAN, b BOOLEAN } END\n"
+                           "Second DEFINITIONS AUTOMATIC TAGS ::= BEGIN B ::= NULL END\n");
+    }
+
+    void write(const std::string &path, const std::string &text) const
+    {
+        fs::create_directories((root_ / path).parent_path());
+        std::ofstream(root_ / path) << text;
+    }
+};
+
+TEST_F(cli_schema, takes_another_schema_and_only_the_modules_that_are_named)
+{
+    const std::string own = run("--db db --dump=model").out;
+    EXPECT_NE(own.find("Nr_Mine"), std::string::npos);
+    const std::string all = run("--db db --dump=model --schema nr=other.txt").out;
+    EXPECT_EQ(all.find("Nr_Mine"), std::string::npos);
+    EXPECT_NE(all.find("codec other.txt:1 Nr_A"), std::string::npos);
+    EXPECT_NE(all.find("Nr_B"), std::string::npos);
+    EXPECT_EQ(run("--db db --dump=model --schema nr=other.txt:First").out.find("Nr_B"), std::string::npos);
+
+    EXPECT_EQ(run("--db db --dump=model --schema nr=missing.asn").status, 3);
+    EXPECT_EQ(run("--db db --dump=model --schema gsm=other.txt").status, 2);
+    EXPECT_NE(run("--db db --dump=model --schema nr=other.txt:Third").error.find("there is no module 'Third'"),
+              std::string::npos);
+}
+
+TEST_F(cli_schema, asserts_the_sizes_of_a_table)
+{
+    const std::string head = "type\tilp32\tlp64\tmodule\n";
+    write("sizes.tsv", head + "Nr_A\t2\t2\tFirst\nElse\t4\t4\tElsewhere\n");
+    ASSERT_EQ(run("--db db -o out --schema nr=other.txt --record-sizes sizes.tsv --depfile out.d").status, 0);
+    EXPECT_NE(read_text(root_ / "out/production/nr_record_sizes.cpp").find("HAS_SIZE(Nr_A, 2, 2);"),
+              std::string::npos);
+    for (const char *input : {" other.txt", " sizes.tsv"})
+        EXPECT_NE(read_text(root_ / "out.d").find(input), std::string::npos) << input;
+
+    write("sizes.tsv", head + "Nr_A\t2\tmany\tFirst\nNr_C\t1\t1\tFirst\n");
+    const result told = run("--db db -o out --schema nr=other.txt --record-sizes sizes.tsv");
+    EXPECT_EQ(told.status, 1);
+    EXPECT_NE(told.error.find("sizes.tsv:2:8: error: 'many' is no size"), std::string::npos) << told.error;
+    EXPECT_NE(told.error.find("sizes.tsv:3:1: error: module 'First' has no type 'Nr_C'"), std::string::npos);
+    EXPECT_EQ(run("--db db -o out --record-sizes missing.tsv").status, 3);
+}
+
 TEST_F(cli, an_output_that_stays_the_same_keeps_its_time)
 {
     ASSERT_EQ(run("--db db -o out").status, 0);
