@@ -63,6 +63,12 @@ std::string rows_declaration(const peer_family &family)
     return "extern const tt_peer_row " + rows_name(family) + "[" + std::to_string(family.rows.size()) + "];\n";
 }
 
+/// A schema's entry answers whether it failed, which a row drops: it passes through the type that fits every function.
+std::string unpack_entry(const peer_row &row)
+{
+    return row.of_schema ? "reinterpret_cast<void (*)()>(" + row.unpack + ")" : row.unpack;
+}
+
 void put_family(std::string &out, const model &m, const peer_family &family)
 {
     cell_table rows;
@@ -79,7 +85,7 @@ $result$ $unpack$($type$ *value, unpack_info_struct *stream);
      {"result", row.of_schema ? "std::uint32_t" : "void"}});
         rows.add({text_literal(row.struct_name), "sizeof(" + type + ")",
                   "reinterpret_cast<tt_pack_func>(" + row.pack + ")",
-                  "reinterpret_cast<tt_unpack_func>(" + row.unpack + ")", "0"});
+                  "reinterpret_cast<tt_unpack_func>(" + unpack_entry(row) + ")", "0"});
     }
     out += '\n';
     put(out, "$declaration$const tt_peer_row $rows$[] = {\n",

@@ -47,7 +47,7 @@ TEST(tree, printed_and_parsed_again_is_the_same)
                                              "union u { char *a[A][2] case(1) hidden rt_selector(2); }\n"});
     ASSERT_GT(inputs.size(), 1u);
     for (const input_file &input : inputs) {
-        if (input.path.ends_with(".tsv"))
+        if (input.path.ends_with(".tsv") || input.path.ends_with(".asn"))
             continue;
         diagnostics       d;
         const std::string once = printed_tree(d, input);
