@@ -42,6 +42,13 @@ inline bool msg_has_bits(const unpack_info_struct *stream, std::uint32_t n)
     return static_cast<std::int32_t>(((stream->bits & 7) + n + 7) >> 3) <= stream->fr_size;
 }
 
+/// Moves over `n` bits, or to the end where fewer are left.
+inline void msg_pass_over(unpack_info_struct *stream, std::uint32_t n)
+{
+    const std::uint32_t left = msg_left(stream) * 8;
+    per_skip_bits(stream, n < left ? n : left);
+}
+
 /// `n` bits, at most 32, that stand `offset` bits behind the cursor, which stays; 0 where they are not all left.
 std::uint32_t msg_look(const unpack_info_struct *stream, std::uint32_t offset, std::uint32_t n);
 

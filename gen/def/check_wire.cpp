@@ -22,6 +22,7 @@ struct value_kind {
     enum class what : std::uint8_t { none, bits, record, choice } kind = what::none;
     std::uint32_t width = 0;
     std::uint32_t record_id = 0;
+    std::uint32_t holds = 0;  ///< bits that the member has
 };
 
 /// Bits of items that always take as many.
@@ -191,11 +192,12 @@ value_kind wire_check::classify(const member_def &m, const type_ref &type)
         return {};
     }
     if (const std::uint32_t octets = integer_size(real.use.base); octets != 0)
-        return {kind::bits, m.bit_width != 0 ? m.bit_width : octets * 8, 0};
+        return {kind::bits, m.bit_width != 0 ? m.bit_width : octets * 8, 0,
+                m.bit_width != 0 ? m.bit_width : octets * 8};
     if (real.use.base == gen::kind::enumeration)
-        return {kind::bits, 8, 0};
+        return {kind::bits, 8, 0, 32};
     if (real.use.base == gen::kind::union_)
-        return {kind::choice, 0, real.use.id};
+        return {kind::choice, 0, real.use.id, 0};
     if (real.use.base != gen::kind::structure)
         return {};
     const record_def &r = *s.records[real.use.id];
@@ -208,7 +210,7 @@ value_kind wire_check::classify(const member_def &m, const type_ref &type)
         error(type.written.where, fmt::format("the wire format of '{}' must be complete here", type.written.text));
         return {};
     }
-    return {kind::record, 0, real.use.id};
+    return {kind::record, 0, real.use.id, 0};
 }
 
 void wire_check::member(std::uint32_t n, items &to, bool bounded, std::uint32_t width)
@@ -241,6 +243,9 @@ void wire_check::single(const member_def &m, std::uint32_t n, items &to, std::ui
         item.width = number(*bits->value, 1, 32, "the width");
     else if (width != 0 && value.kind == value_kind::what::bits && m.bit_width == 0)
         item.width = width;
+    if (value.kind == value_kind::what::bits && item.width > value.holds)
+        error(m.decl.id.where, fmt::format("'{}' holds {} bits, the wire has {}", m.decl.id.text, value.holds,
+                                           item.width));
     switch (value.kind) {
     case value_kind::what::none: return;
     case value_kind::what::bits:
@@ -707,7 +712,8 @@ void wire_check::identifier(const wire_item_def &line)
     const bool          half_octet = line.format == wire_format::tag_half;
     const std::uint64_t high = half_octet ? 15 : 255;
     if (*line.identifier == 0 || *line.identifier > high)
-        error(line.identifier_where, fmt::format("the identifier is {}, outside 1 to {}", *line.identifier, high));
+        return error(line.identifier_where, fmt::format("the identifier is {}, outside 1 to {}", *line.identifier,
+                                                        high));
     for (const auto &[other, where] : identifiers) {
         const bool other_half = other >= 0x100; // half octets are kept above
         const auto full = static_cast<std::uint32_t>(*line.identifier);

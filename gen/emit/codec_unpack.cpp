@@ -191,8 +191,8 @@ void unpacker::elements(const wire_item &i)
     const std::string                  count = place_name(m, i.member) + "_read";
     const std::uint32_t                most = most_elements(m, i);
     const std::optional<std::uint32_t> bits = element_bits(m, i);
-    const std::string more = bits && i.extent == wire_extent::to_end ? fmt::format("msg_has_bits(stream, {})", *bits)
-                                                                     : "stream->fr_size > 0";
+    const bool        whole = bits && (bounded || i.extent == wire_extent::to_end);
+    const std::string more = whole ? fmt::format("msg_has_bits(stream, {})", *bits) : "stream->fr_size > 0";
     const std::string limit = i.extent == wire_extent::counted
                                   ? fmt::format("msg_at_most({}, {})", place_text(m, i.other), most)
                                   : std::to_string(most);
@@ -215,26 +215,30 @@ void unpacker::elements(const wire_item &i)
     code.line(fmt::format("{}++;", count));
     code.close();
     if (bits && i.extent == wire_extent::counted && !i.is_pointer) {
-        code.open(fmt::format("if ({} > {})", place_text(m, i.other), most));
-        code.line(fmt::format("per_skip_bits(stream, (msg_bits({}, 32) - {}) * {});", place_text(m, i.other), most,
+        code.line(fmt::format("if ({} > {})", place_text(m, i.other), most));
+        code.line(fmt::format("    msg_pass_over(stream, (msg_bits({}, 32) - {}) * {});", place_text(m, i.other), most,
                               *bits));
-        code.close();
     }
     code.line(counted(m, i, count));
+}
+
+/// Whether a bit ahead of a chained array tells that it has elements.
+bool has_any_flag(const model &m, const std::vector<wire_item> &items, const std::string &count)
+{
+    return std::any_of(items.begin(), items.end(), [&](const wire_item &i) {
+        return (i.kind == what::any && place_text(m, i.member) == count) || has_any_flag(m, i.items, count) ||
+               has_any_flag(m, i.otherwise, count);
+    });
 }
 
 void unpacker::chained(const wire_item &i)
 {
     const std::string array = place_text(m, i.member);
     const std::string count = place_name(m, i.member) + "_read";
-    const auto is_flag = [&](const wire_item &other) {
-        return other.kind == what::any && place_text(m, other.member) == place_text(m, i.other);
-    };
-    const std::vector<wire_item> &all = m.records[record_id].wire->items;
     const std::string more = place_name(m, i.member) + "_follow";
+    const bool        told = has_any_flag(m, m.records[record_id].wire->items, place_text(m, i.other));
     code.line(fmt::format("std::uint32_t {} = 0;", count));
-    code.line(fmt::format("bool {} = {};", more, std::any_of(all.begin(), all.end(), is_flag)
-                                                     ? place_text(m, i.other) + " != 0" : "true"));
+    code.line(fmt::format("bool {} = {};", more, told ? place_text(m, i.other) + " != 0" : "true"));
     code.open(fmt::format("while ({} && {} < {} && stream->fr_size > 0)", more, count, most_elements(m, i)));
     if (i.is_pointer) {
         code.line(fmt::format("if (!msg_grow(&{}, &{}, {} + 1, {}, {{file_code, __LINE__}}))", array,

@@ -38,7 +38,7 @@ std::vector<std::string> shown_outputs(const std::string &text)
         return paths;
     std::istringstream words(text.substr(at + marker.size(), text.find('\n', at) - at - marker.size()));
     for (std::string path; words >> path;)
-        paths.push_back("production/" + path);
+        paths.push_back(path.find('/') == std::string::npos ? "production/" + path : path);
     return paths;
 }
 
