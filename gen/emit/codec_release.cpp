@@ -19,7 +19,6 @@ struct releaser {
     bool owns(std::uint32_t record_id) const { return m.records[record_id].wire->owns; }
     void record(std::uint32_t record_id, const std::string &at);
     void array(const wire_item &i);
-    void choice(const wire_item &i);
     void items(const std::vector<wire_item> &list);
 };
 
@@ -46,9 +45,11 @@ void releaser::array(const wire_item &i)
     }
 }
 
-void releaser::choice(const wire_item &i)
+} // namespace
+
+void put_choice_release(code_block &code, const model &m, const wire_item &i)
 {
-    const auto owning = [&](const wire_item &b) { return b.kind == what::record && owns(b.record_id); };
+    const auto owning = [&](const wire_item &b) { return b.kind == what::record && m.records[b.record_id].wire->owns; };
     if (std::none_of(i.items.begin(), i.items.end(), owning))
         return;
     code.open(fmt::format("switch (static_cast<std::uint32_t>({}))", place_text(m, i.other)));
@@ -58,7 +59,8 @@ void releaser::choice(const wire_item &i)
         --code.level;
         code.line(fmt::format("case {}:", branch.value));
         ++code.level;
-        record(branch.record_id, place_text(m, branch.member));
+        code.line(fmt::format("{}(&{});", codec_function(m, branch.record_id, "release"),
+                              place_text(m, branch.member)));
         code.line("break;");
     }
     --code.level;
@@ -68,6 +70,8 @@ void releaser::choice(const wire_item &i)
     code.close();
 }
 
+namespace {
+
 void releaser::items(const std::vector<wire_item> &list)
 {
     for (const wire_item &i : list) {
@@ -76,7 +80,7 @@ void releaser::items(const std::vector<wire_item> &list)
         else if (i.kind == what::array)
             array(i);
         else if (i.kind == what::choice)
-            choice(i);
+            put_choice_release(code, m, i);
         else {
             items(i.items);
             items(i.otherwise);

@@ -50,6 +50,9 @@ std::string written_count(const model &m, const wire_item &array);
 
 void put_pack(std::string &out, const model &m, std::uint32_t record_id, std::string_view file);
 void put_unpack(std::string &out, const model &m, std::uint32_t record_id);
+/// Releases what the member of a union that its selector tells holds.
+void put_choice_release(code_block &code, const model &m, const wire_item &choice);
+
 void put_release(std::string &out, const model &m, std::uint32_t record_id);
 
 } // namespace solvane::gen

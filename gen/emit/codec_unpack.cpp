@@ -414,8 +414,10 @@ void unpacker::resets(const std::vector<wire_item> &list, std::vector<std::strin
             const auto owns = [&](const wire_item &branch) {
                 return branch.kind == what::record && m.records[branch.record_id].wire->owns;
             };
-            if (std::any_of(i.items.begin(), i.items.end(), owns))
-                code.line(fmt::format("dll_info_version.memset(&{0}, 0, sizeof {0});", place_text(m, i.member)));
+            if (std::none_of(i.items.begin(), i.items.end(), owns))
+                continue;
+            put_choice_release(code, m, i); // what an earlier unpack has left
+            code.line(fmt::format("dll_info_version.memset(&{0}, 0, sizeof {0});", place_text(m, i.member)));
         }
         if (i.kind != what::choice) {
             resets(i.items, seen);
