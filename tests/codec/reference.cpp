@@ -84,9 +84,8 @@ std::vector<vector_row> read_vectors(const std::string &family)
     return rows;
 }
 
-family_rules read_rules(const std::filesystem::path &file)
+static void add_rules(family_rules &rules, const std::filesystem::path &file)
 {
-    family_rules  rules;
     std::ifstream in(file);
     EXPECT_TRUE(in) << file;
     std::size_t number = 0;
@@ -94,9 +93,18 @@ family_rules read_rules(const std::filesystem::path &file)
         ++number;
         if (line.empty() || line.front() == '#')
             continue;
-        if (!add_rule(rules, columns_of(line)))
+        const auto columns = columns_of(line);
+        if (columns.size() == 2 && columns[0] == "include")
+            add_rules(rules, file.parent_path() / columns[1]);
+        else if (!add_rule(rules, columns))
             ADD_FAILURE() << file.string() << ":" << number << ": no rule: " << line;
     }
+}
+
+family_rules read_rules(const std::filesystem::path &file)
+{
+    family_rules rules;
+    add_rules(rules, file);
     return rules;
 }
 
