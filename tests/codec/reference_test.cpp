@@ -16,7 +16,8 @@ std::vector<std::string> families()
 {
     std::vector<std::string> names;
     for (const fs::directory_entry &entry : fs::directory_iterator(SOLVANE_FIELD_RULES))
-        names.push_back(entry.path().stem().string());
+        if (entry.path().extension() == ".tsv")
+            names.push_back(entry.path().stem().string());
     std::ranges::sort(names);
     return names;
 }
