@@ -88,7 +88,8 @@ command encode_command()
         "The values are JSON as decode --json prints them: the whole line, or its \"value\".  Members that are not named\n"
         "are 0.  Counts, presence flags and selectors may be left out where they follow from the rest; an enumeration\n"
         "takes a number or the name of a literal, a pointer what it points to.",
-        {{"encode mm_peer_lu_rej_struct '{\"pro_discr\":5,\"msg_type\":4,\"rej_cause\":2}'", "a message from its values"},
+        {{"encode mm_peer_lu_rej_struct '{\"hdr\":{\"pro_discr\":5,\"msg_type\":4},\"cause\":{\"value\":2}}'",
+          "a message from its values"},
          {"decode --json mm_peer_lu_rej_struct 050402 | solvane-host encode mm_peer_lu_rej_struct -",
           "back to the same octets"}},
         {{"STRUCT", "a structure of the peer table", &options->name},
