@@ -1,5 +1,6 @@
 // Agent and host against each other over loopback, each on its own process and a port that the system gives.
 #include <csignal>
+#include <memory>
 #include <regex>
 #include <sstream>
 
@@ -136,6 +137,19 @@ TEST(live, comes_back_after_a_loss)
     expect_lines(live.out, {"link      connected to 127.0.0.1:\\d+", ended, lost, back, ended, lost, back});
     EXPECT_EQ(live.code, 1) << "half a packet was lost";
     EXPECT_EQ(target.tool.end(SIGTERM).code, 130);
+}
+
+TEST(live, survives_a_restart_of_the_target)
+{
+    auto         first = std::make_unique<agent>(words{"--seed", "6", "--rate", "100", "--loop"});
+    const auto   port = first->port;
+    running_tool live(SOLVANE_HOST_TOOL, host_words("connect", *first, {"--only", "link", "-t", "none", "-c", "3"}));
+    EXPECT_EQ(live.line(), "link      connected to 127.0.0.1:" + port);
+    first.reset(); /* killed: the port refuses for a while */
+    EXPECT_EQ(live.line(), "link      lost 127.0.0.1:" + port + ": the agent closed the connection");
+    agent second({"--seed", "6", "--rate", "100", "--loop", "--port", port});
+    EXPECT_TRUE(std::regex_match(live.line(), std::regex("link      back at 127.0.0.1:\\d+ after \\d+\\.\\d s")));
+    EXPECT_EQ(live.end().code, 0);
 }
 
 TEST(live, damage_costs_lines_and_never_the_run)
