@@ -340,6 +340,8 @@ TEST(classify, names_structures)
          "\n", ""},
         {"one octet: the next one is ours", {"classify", "--sap", "49", "--msg", "27", "--peer", "03"}, 1,
          "stack  sap 49 MM_CC_SAP  msg 27 MSG_ID_MMCC_DATA_REQ  no peer structure\n", ""},
+        {"decoded", {"classify", "--sap", "49", "--msg", "27", "--peer", "0305", "--decode"}, 0,
+         "stack  sap 49 MM_CC_SAP  msg 27 MSG_ID_MMCC_DATA_REQ  pair_struct  (2 octets)\n    one  3\n    two  5\n", ""},
         {"the library dies", {"classify", "--sap", "49", "--msg", "27", "--peer", "0305", "--local", "ff"}, 6, "",
          "solvane-host: the library died on this message\n"},
         {"unknown name", {"classify", "--sap", "MM_CC_SAPP", "--msg", "27"}, 2, "",

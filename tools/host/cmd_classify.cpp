@@ -4,6 +4,7 @@
 #include "failure.h"
 #include "json_out.h"
 #include "lookup.h"
+#include "message_tree.h"
 #include "peer_message.h"
 #include "print.h"
 #include "session.h"
@@ -22,6 +23,7 @@ struct classify_options {
     std::string peer;
     std::string local;
     std::string times = "relative";
+    bool        decode = false;
 };
 
 json describe(session &work, const domain &in, const layer_message &message, const verdict &found)
@@ -56,6 +58,36 @@ std::string line_of(session &work, const domain &in, const layer_message &messag
            work.paint(ink::note, row != nullptr ? fmt::format("({})", counted(row->size, "octet")) : "(no codec)");
 }
 
+/* The classification as a line or an object, and with --decode what the octets say in that structure. */
+void show(session &work, const domain &in, const layer_message &message, const verdict &found, bool decode,
+          const packet *from, const std::string &time)
+{
+    const bool         coded = decode && !found.name.empty() && peer_row(work.started(), found.name) != nullptr;
+    const message_tree body = coded ? tree_of(work, found.name, message.peer, false) : message_tree();
+    if (!work.settings.json) {
+        work.line(time + line_of(work, in, message, found) +
+                  (body.remarks.empty() ? "" : "  " + work.paint(ink::bad, body.remarks)));
+        if (body.read) {
+            print_value(work, brief(body.value));
+        }
+    } else {
+        json out = describe(work, in, message, found);
+        if (from != nullptr) {
+            out["packet"] = from->number;
+        }
+        if (from != nullptr && from->time) {
+            out["time_ns"] = *from->time;
+        }
+        if (body.read) {
+            out["value"] = json_value(body.value);
+        }
+        work.line(json_line(out));
+    }
+    if (!body.remarks.empty()) {
+        work.note_finding();
+    }
+}
+
 /* The arguments of one message. */
 layer_message message_of(const classify_options &options, const domain &in)
 {
@@ -84,26 +116,11 @@ int run_one(session &work, const classify_options &options, const domain &in)
     if (found.died) {
         throw failure(exit_decoder_died, "the library died on this message");
     }
-    work.line(work.settings.json ? json_line(describe(work, in, message, found)) : line_of(work, in, message, found));
+    show(work, in, message, found, options.decode, nullptr, "");
     if (found.name.empty()) {
         work.note_finding();
     }
     return work.result();
-}
-
-void show_recorded(session &work, const domain &in, const packet &what, const layer_message &message,
-                   const verdict &found, time_format &times)
-{
-    if (!work.settings.json) {
-        work.line(times.text(what.time) + line_of(work, in, message, found));
-        return;
-    }
-    json out = describe(work, in, message, found);
-    out["packet"] = what.number;
-    if (what.time) {
-        out["time_ns"] = *what.time;
-    }
-    work.line(json_line(out));
 }
 
 int run_recording(session &work, const classify_options &options, const domain &in)
@@ -132,13 +149,14 @@ int run_recording(session &work, const classify_options &options, const domain &
             died = true;
             continue;
         }
-        show_recorded(work, in, *next, *message, found, times);
+        show(work, in, *message, found, options.decode, &*next, times.text(next->time));
     }
     return died ? exit_decoder_died : work.result();
 }
 
 int run(session &work, const classify_options &options)
 {
+    lend_memory(*work.loaded().version);
     const std::string entity = work.settings.domain.empty() ? options.entity : work.settings.domain;
     const auto        chosen = chosen_domains(work.started(), entity);
     if (!options.file.empty() || !options.read.empty()) {
@@ -163,6 +181,7 @@ command classify_command()
         {{"classify --sap MM_CC_SAP --msg 27 --peer 0305", "a call control message to the network"},
          {"classify --sap 126 --msg 3 --peer 10 --local 000008000022000000000000",
           "a UMTS message: the channel is a parameter"},
+         {"classify --sap MM_CC_SAP --msg 27 --peer 0305 --decode", "with what the octets say"},
          {"classify run.pcapng", "every inter-layer message of a recording"}},
         {{"FILE", "a recording, - for standard input", &options->file, false, completes::file}},
         {{"--entity", "D", "receiving entity, as --domain", &options->entity, {}, completes::domain_name},
@@ -170,6 +189,7 @@ command classify_command()
          {"--msg", "MSG", "message id: number or name", &options->msg},
          {"--peer", "HEX", "octets of the air interface", &options->peer},
          {"--local", "HEX", "flattened local parameters", &options->local},
+         {"--decode", "", "show the decoded octets as well", &options->decode},
          {"-r,--read", "FILE", "the same as FILE", &options->read, {}, completes::file},
          {"-t,--time", "FORMAT", "relative, delta, absolute, epoch or none", &options->times}},
         [options](session &work) { return run(work, *options); },
