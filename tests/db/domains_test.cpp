@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "solvane/solvane.h"
+#include "tt_stack_build.h"
 
 namespace {
 
@@ -249,6 +250,41 @@ TEST(asn1_records, have_the_members_of_their_type)
         for (const rw_member_row &member : std::span(found->members, found->no_members))
             names.emplace_back(member.name);
         EXPECT_EQ(names, row.members);
+    }
+}
+
+/// Families of ASN.1 types: how many rows are tried, and the first names.
+struct family_case {
+    tt_peer_family_id        family;
+    std::size_t              rows;
+    std::vector<std::string> first;
+};
+
+const family_case families[] = {
+    {TT_PEER_UMTS_RRC,
+     732,
+     {"tc_resp_msg_struct", "tc_loop_back_setup_struct", "tc_close_ue_test_loop_struct", "rrcc_plmn_list_struct",
+      "RAB_Identity", "CompressedModeMeasCapabMC", "UE_Positioning_GPS_UTC_Model"}},
+};
+
+TEST(asn1_peer_rows, stand_in_their_order_and_are_in_the_dictionary)
+{
+    const rw_debug_info_struct &umts = tool(ENTITY_W_STACK);
+    std::set<std::string>       known;
+    for (const rw_type_row &type : std::span(umts.types, umts.no_types))
+        known.insert(type.name);
+    for (const family_case &c : families) {
+        const tt_peer_family    &family = tt_peer_families[c.family];
+        std::vector<std::string> names;
+        for (const tt_peer_row &row : std::span(family.rows, family.count)) {
+            names.emplace_back(row.name);
+            EXPECT_GT(row.size, 0u) << row.name;
+            if (!names.back().starts_with("tc_"))
+                EXPECT_TRUE(known.contains(row.name)) << row.name;
+        }
+        EXPECT_EQ(names.size(), c.rows);
+        EXPECT_EQ(std::vector(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(c.first.size())), c.first);
+        EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size());
     }
 }
 
