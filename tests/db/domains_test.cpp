@@ -279,8 +279,7 @@ TEST(asn1_peer_rows, stand_in_their_order_and_are_in_the_dictionary)
         for (const tt_peer_row &row : std::span(family.rows, family.count)) {
             names.emplace_back(row.name);
             EXPECT_GT(row.size, 0u) << row.name;
-            if (!names.back().starts_with("tc_"))
-                EXPECT_TRUE(known.contains(row.name)) << row.name;
+            EXPECT_TRUE(known.contains(row.name) || names.back().starts_with("tc_")) << row.name;
         }
         EXPECT_EQ(names.size(), c.rows);
         EXPECT_EQ(std::vector(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(c.first.size())), c.first);

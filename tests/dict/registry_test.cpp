@@ -1,6 +1,9 @@
 // Registry rows, messages, value texts and peer rows against the dictionary that their names lead into.
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <span>
+#include <string_view>
 
 #include "dictionary.h"
 
@@ -180,6 +183,36 @@ TEST_P(registry, value_texts_are_about_members_of_the_dictionary)
 
 // ---------------------------------------------------------------------------------------------------- peer rows
 
+/// The size that a domain tells of the type of a name: of a structure, an enumeration, or a typedef of one or of a
+/// basic kind; nothing where it does not know the name.
+std::optional<std::uint32_t> told_size(std::uint32_t d, const char *name)
+{
+    const rw_debug_info_struct &tool = tt_tool_records[d];
+    const std::span             types(tool.types, tool.no_types);
+    const auto                  found = std::ranges::find(types, std::string_view(name), &rw_type_row::name);
+    if (found == types.end())
+        return std::nullopt;
+    const rw_type_row *row = &*found;
+    while (row->kind == 12 && row->no_dims == 0) // a typedef
+        row = &tool.types[row->type_index];
+    const rw_offsize_type *const offsize = tt_offsize_sups[d]->offsize;
+    switch (row->no_dims != 0 ? 13 : row->kind) {
+    case 9:
+    case 10: return offsize[tool.structs[row->type_index].size_index];
+    case 11: return offsize[row->type_index];
+    case 0:
+    case 1:
+    case 2:
+    case 3: return 4;
+    case 4:
+    case 5: return 2;
+    case 6:
+    case 7:
+    case 8: return 1;
+    default: return std::nullopt;
+    }
+}
+
 TEST(peer_rows, have_the_size_that_the_dictionary_tells)
 {
     for (const tt_peer_family &family : tt_peer_families) {
@@ -190,9 +223,9 @@ TEST(peer_rows, have_the_size_that_the_dictionary_tells)
             EXPECT_EQ(row.reserved, 0U) << row.name;
             bool described = false;
             for (std::uint32_t d = 0; d < TT_NO_DOMAINS; ++d)
-                if (const rw_struct_row *const s = find_struct(tt_tool_records[d], row.name)) {
+                if (const std::optional<std::uint32_t> size = told_size(d, row.name)) {
                     described = true;
-                    EXPECT_EQ(tt_offsize_sups[d]->offsize[s->size_index], row.size) << row.name;
+                    EXPECT_EQ(*size, row.size) << row.name;
                 }
             EXPECT_TRUE(described) << row.name;
         }
