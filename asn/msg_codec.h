@@ -148,7 +148,7 @@ struct msg_element {
 
 /* Elements of varying size
  *   begin   puts an error record of its own in force
- *   end     false where the element does not fit: a length in it is greater than what was left, or it passes the end, or
+ *   end     false where the element does not fit: a length in it is greater than what was left, it passes the end, or
  *           it took nothing.  The cursor is then back at its beginning  */
 void msg_begin_element(unpack_info_struct *stream, msg_element *element);
 bool msg_end_element(unpack_info_struct *stream, const msg_element *element);

@@ -66,6 +66,8 @@ struct wire_check {
     void array_count(const member_def &m, wire_item &item);
     void parts(const wire_item_def &item, items &to);
     void part(const wire_item_def::part &p, items &to);
+    const member_def *member_of(const member_def &m, const name &id, wire_place::step &step);
+    const member_def *walk_part(const part_ref &ref, std::uint32_t n, wire_place &to);
     void flag(const wire_item_def &item, items &to);
     void group(wire_item_def &item, items &to, bool bounded);
     wire_place trim(const std::optional<name> &member);
@@ -430,39 +432,9 @@ void wire_check::part(const wire_item_def::part &p, items &to)
         return;
     }
     wire_item         item;
-    const member_def *m = &at(n);
-    std::uint32_t     record_id = record.record_id, index = n;
-    for (std::size_t k = 0; k < p.ref.steps.size(); ++k) {
-        const part_ref::step &step = p.ref.steps[k];
-        if (k > 0) {
-            const resolved_type real = look_through(s, m->type.use);
-            const record_def   *r = real.use.base == kind::structure ? s.records[real.use.id] : nullptr;
-            const auto          found =
-                r == nullptr ? std::uint32_t{0}
-                                      : static_cast<std::uint32_t>(std::find_if(r->members.begin(), r->members.end(),
-                                                                      [&](const member_def &d) {
-                                                                          return d.decl.id.text == step.member.text;
-                                                                      }) -
-                                                         r->members.begin());
-            if (r == nullptr || found == r->members.size()) {
-                error(step.member.where, fmt::format("'{}' has no member '{}'", m->type.written.text,
-                                                     step.member.text));
-                return;
-            }
-            m = &r->members[found];
-            record_id = real.use.id;
-            index = found;
-        }
-        wire_place::step at_step{record_id, index, std::nullopt};
-        const bool       is_array = m->decl.dims.size() == 1 && !m->decl.dims.front().pointer;
-        if (is_array != step.index.has_value()) {
-            error(step.member.where, is_array ? "an element of the array is wanted" : "this is no array");
-            return;
-        }
-        if (step.index)
-            at_step.index = number(*step.index, 0, m->decl.dims.front().count - 1, "the index");
-        item.member.steps.push_back(at_step);
-    }
+    const member_def *m = walk_part(p.ref, n, item.member);
+    if (m == nullptr)
+        return;
     const value_kind value = classify(*m, m->type);
     item.width = value.width;
     item.record_id = value.record_id;
@@ -474,6 +446,46 @@ void wire_check::part(const wire_item_def::part &p, items &to)
         item.width = number(*p.width, 1, 32, "the width");
     known[n] = true;
     to.push_back(std::move(item));
+}
+
+/// A member of a structure that `m` is; null and a message where it has none of that name.
+const member_def *wire_check::member_of(const member_def &m, const name &id, wire_place::step &step)
+{
+    const resolved_type real = look_through(s, m.type.use);
+    if (real.use.base == kind::structure) {
+        const std::vector<member_def> &members = s.records[real.use.id]->members;
+        for (std::uint32_t n = 0; n < members.size(); ++n) {
+            if (members[n].decl.id.text == id.text) {
+                step = {real.use.id, n, std::nullopt};
+                return &members[n];
+            }
+        }
+    }
+    error(id.where, fmt::format("'{}' has no member '{}'", m.type.written.text, id.text));
+    return nullptr;
+}
+
+/// Follows a part from member `n` down; null and a message where there is no such part.
+const member_def *wire_check::walk_part(const part_ref &ref, std::uint32_t n, wire_place &to)
+{
+    const member_def *m = &at(n);
+    wire_place::step  at_step{record.record_id, n, std::nullopt};
+    for (std::size_t k = 0; k < ref.steps.size(); ++k) {
+        const part_ref::step &step = ref.steps[k];
+        if (k > 0)
+            m = member_of(*m, step.member, at_step);
+        if (m == nullptr)
+            return nullptr;
+        const bool is_array = m->decl.dims.size() == 1 && !m->decl.dims.front().pointer;
+        if (is_array != step.index.has_value()) {
+            error(step.member.where, is_array ? "an element of the array is wanted" : "this is no array");
+            return nullptr;
+        }
+        if (step.index)
+            at_step.index = number(*step.index, 0, m->decl.dims.front().count - 1, "the index");
+        to.steps.push_back(at_step);
+    }
+    return m;
 }
 
 void wire_check::parts(const wire_item_def &item, items &to)
@@ -722,6 +734,10 @@ void wire_check::identifier(const wire_item_def &line)
             s.diag.conflict(line.identifier_where, "this identifier is taken for that of a half octet, or the other "
                                                    "way round", where, "by this line");
     }
+    for (const wire_option &o : out.options) {
+        if (o.identifier == *line.identifier && o.half == half_octet && o.format != line.format)
+            error(line.identifier_where, "lines with one identifier have one format");
+    }
     identifiers.emplace(static_cast<std::uint32_t>(*line.identifier) + (half_octet ? 0x100 : 0), line.identifier_where);
 }
 
@@ -764,7 +780,8 @@ void wire_check::line(const wire_item_def &line, items &to)
     } else if (is_tagged(line.format) != line.identifier.has_value()) {
         error(line.where, line.identifier ? "this format has no identifier" : "this format has an identifier");
     } else if (mandatory == line.identifier.has_value()) {
-        error(line.where, mandatory ? "what is mandatory has no identifier" : "what is not mandatory has an identifier");
+        error(line.where, fmt::format("what is {}mandatory has {} identifier", mandatory ? "" : "not ",
+                                      mandatory ? "no" : "an"));
     } else if ((line.format == wire_format::tag) != !line.member && !line.is_spare) {
         error(line.where, line.member ? "an identifier alone has no type" : "the line has no type");
     } else if (line.identifier) {

@@ -120,9 +120,11 @@ void packer::group(const wire_item &i)
 /// An array of octets alone needs no look back: its count is the length.
 bool packer::octets_behind_length(const wire_item &block)
 {
-    const bool alone = block.trim.steps.empty() && block.items.size() == 1 && block.items[0].kind == what::array && block.items[0].octets &&
-                       !block.items[0].bcd && block.items[0].extent == wire_extent::to_end;
-    if (!alone || member_bits(m, place_member(m, block.items[0].other)) > block.width)
+    if (!block.trim.steps.empty() || block.items.size() != 1)
+        return false;
+    const wire_item &only = block.items[0];
+    const bool       all = only.kind == what::array && only.octets && !only.bcd && only.extent == wire_extent::to_end;
+    if (!all || member_bits(m, place_member(m, block.items[0].other)) > block.width)
         return false;
     code.line(fmt::format("{}{});", put_call(block.width), written_count(m, block.items[0])));
     array(block.items[0]);
@@ -145,7 +147,8 @@ void packer::bounded(const wire_item &block, const std::string &length)
     }
     code.line(end + text_literal(fmt::format("{}:", file)));
     code.line(std::string(end.size(), ' ') +
-              text_literal(fmt::format("length of {} will not fit length field with width {}.\n", block.name, width)) + ");");
+              text_literal(fmt::format("length of {} will not fit length field with width {}.\n", block.name, width)) +
+              ");");
 }
 
 void packer::block(const wire_item &i)

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "model/dump_per.h"
+#include "model/dump_wire.h"
 
 namespace solvane::gen {
 namespace {
@@ -106,7 +107,7 @@ std::string print(const model &m, const definition &what)
 {
     switch (what.kind) {
     case definition::what::enumeration: return print(m.enums[what.id]);
-    case definition::what::record: return print(m, m.records[what.id]);
+    case definition::what::record: return print(m, m.records[what.id]) + dump_wire(m, m.records[what.id]);
     case definition::what::alias: {
         const alias &a = m.aliases[what.id];
         return fmt::format("typedef {}{} {}\n", type_name(m, a.base), dims_text(a.dims), a.name);

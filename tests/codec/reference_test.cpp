@@ -42,7 +42,8 @@ void check_known(const family_rules &rules, const std::vector<vector_row> &rows)
         const bool is_row = where.first == "*" || std::ranges::any_of(rows, [&](const vector_row &row) {
                                 return row.id == where.first;
                             });
-        EXPECT_TRUE(!is_row || shows[where]) << where.first << " " << where.second << " is listed as a difference and is none";
+        EXPECT_TRUE(!is_row || shows[where])
+            << where.first << " " << where.second << " is listed as a difference and is none";
     }
 }
 
