@@ -102,5 +102,24 @@ TEST(chunk_tail, tells_what_stands_behind_the_first_frame)
     }
 }
 
+TEST(chunk_tail, knows_how_far_a_chunk_goes)
+{
+    struct row {
+        const char *buffer;
+        std::size_t first, whole;
+    };
+    const row rows[] = {
+        {"7e0102037e0000000000", 5, 5},
+        {"7e0102037e7e0405067e0000", 5, 10},
+        {"7e0102037e7e0405060000", 5, 9}, /* the start of a frame reaches to the last octet that is not 0 */
+        {"0102037e0405060708090a", 4, 4}, /* octets of an earlier chunk do not count */
+    };
+    for (const auto &row : rows) {
+        const chunk_tail tail = tail_of(hex(row.buffer));
+        EXPECT_EQ(tail.first, row.first) << row.buffer;
+        EXPECT_EQ(tail.whole, row.whole) << row.buffer;
+    }
+}
+
 } // namespace
 } // namespace solvane::tools

@@ -25,9 +25,10 @@ std::size_t end_of_first(std::span<const std::uint8_t> buffer)
 
 chunk_tail tail_of(std::span<const std::uint8_t> buffer)
 {
-    const auto rest = buffer.subspan(end_of_first(buffer));
-    const auto last = std::find(rest.rbegin(), rest.rend(), delimiter);
     chunk_tail out;
+    out.first = out.whole = end_of_first(buffer);
+    const auto rest = buffer.subspan(out.first);
+    const auto last = std::find(rest.rbegin(), rest.rend(), delimiter);
     if (last == rest.rend()) {
         return out;
     }
@@ -38,6 +39,9 @@ chunk_tail tail_of(std::span<const std::uint8_t> buffer)
     }
     out.stray = splitter.stray();
     out.cut = splitter.pending() != 0;
+    /* Behind the start of a frame stands the rest of the chunk, else nothing of it. */
+    const auto end = out.cut ? std::find_if(rest.rbegin(), last, [](std::uint8_t octet) { return octet != 0; }) : last;
+    out.whole += static_cast<std::size_t>(rest.rend() - end);
     return out;
 }
 

@@ -17,6 +17,8 @@ struct chunk_tail {
     std::vector<octets> packets; ///< of the whole frames behind the first one
     std::uint64_t       stray = 0; ///< octets there that belong to no frame
     bool                cut = false; ///< a frame began and did not end: the channel drops its beginning
+    std::size_t         first = 0;   ///< octets of the chunk that the first frame takes, its delimiters included
+    std::size_t         whole = 0;   ///< octets of the chunk as far as they are known
 };
 
 /// Looks at the receive buffer behind the first frame.  The buffer must have been zeroed before the chunks of this

@@ -14,6 +14,8 @@
 
 #include "chunk_tail.h"
 #include "com_frame.h"
+#include "frame_splitter.h"
+#include "octets_read.h"
 
 namespace solvane::tools {
 
@@ -22,11 +24,16 @@ namespace {
 constexpr std::int32_t  lch_domain = ENTITY_DEFAULT; /* the agent belongs to the infrastructure */
 constexpr std::uint32_t reader_stack = 256 * 1024;   /* octets, for our callback */
 constexpr std::size_t   longest_command = 65536;     /* octets */
+constexpr std::uint64_t least_told = 8;              /* octets: the system may count the end of the stream as one */
+constexpr std::uint8_t  delimiter = 0x7E;
 
 /* The callback has no argument of ours, so what it needs stands here; the child serves one link only. */
 int                       parent = -1;
 std::vector<std::uint8_t> buffer(COM_READ_SIZE + 1); /* an escape at a chunk's end takes in the octet behind it */
 bool                      remainder_comes = false;   /* the next packet lacks its beginning */
+int                       connection = -1;           /* the channel's, once it is known */
+endpoint                  agent;
+std::uint64_t             accounted = 0;             /* octets read that became packets or were told */
 
 /* Blocks while the parent is busy; without a parent there is nobody to tell. */
 void tell(link_state state, const void *content, std::size_t size)
@@ -46,15 +53,33 @@ void tell(link_state state, const std::string &text)
     tell(state, text.data(), text.size());
 }
 
+/* Tells of octets that were read and that nobody saw: a chunk that begins with the end of a frame is dropped whole. */
+void account(std::span<const std::uint8_t> packet, const chunk_tail &tail)
+{
+    const std::size_t frame = frame_of(packet).size();
+    accounted += tail.whole + (frame > tail.first ? frame - tail.first : 0); /* earlier chunks held the rest */
+    connection = connection < 0 ? connection_to(agent) : connection;
+    const auto read = connection < 0 ? std::nullopt : octets_read(connection);
+    if (!read) {
+        return;
+    }
+    if (*read >= accounted + least_told) {
+        tell(link_state::dropped,
+             fmt::format("{} octets of a read that began with the end of a frame", *read - accounted));
+    }
+    accounted = *read;
+}
+
 /* On the reader thread, for every packet. */
 void received(std::uint8_t *packet, std::uint32_t length, std::uint8_t, std::uint8_t)
 {
-    if (remainder_comes) {
+    const chunk_tail tail = tail_of(std::span(buffer).first(COM_READ_SIZE));
+    account({packet, length}, tail);
+    if (remainder_comes && buffer[0] != delimiter) {
         tell(link_state::dropped, fmt::format("a packet lost its beginning, its last {} octets are left out", length));
     } else {
         tell(link_state::packet, packet, length);
     }
-    const chunk_tail tail = tail_of(std::span(buffer).first(COM_READ_SIZE));
     for (const auto &each : tail.packets) {
         tell(link_state::packet, each.data(), each.size());
     }
@@ -115,6 +140,7 @@ void serve_link(const plugin &loaded, const endpoint &to, int channel)
     std::vector<std::int32_t> opened;
     std::int32_t              sender = -1;
     parent = channel;
+    agent = to;
     ::setenv("MS_ADDR", to.address.c_str(), 1);
     ::setenv("MS_MTA_RECV_PORT", std::to_string(to.port).c_str(), 1);
     const comm_info_struct &list = *info.tt_comm_info_get();
