@@ -25,6 +25,11 @@ inline bool asn_alloc_is_default()
            dll_info_version.memset_clear == std::memset;
 }
 
+inline bool asn_realloc_is_default()
+{
+    return asn_alloc_is_default() && dll_info_version.realloc_clear == tt_slot_realloc;
+}
+
 inline bool asn_free_is_default()
 {
     return tt_slots_have_classes && dll_info_version.free_tagged == tt_slot_free;

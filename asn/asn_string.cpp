@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "asn_heap.h"
+#include "asn_block.h"
 #include "asn_len_int.h"
 #include "per_stream.h"
 
@@ -16,12 +16,6 @@ struct size_constraint {
     std::uint32_t width;   // of the length, where it is a constrained whole number
     bool          in_bits; // X.691 11.9.4.1: it is one, and the string is never fragmented
     const char   *name;    // label of the type in reports
-};
-
-struct alloc_tag {
-    std::uint8_t  flag;
-    std::uint16_t file_code;
-    std::uint32_t line;
 };
 
 size_constraint constraint_of(std::int32_t upper, std::uint32_t lower, std::uint32_t mode, const char *name)
@@ -70,6 +64,8 @@ void put_string(pack_info_struct *stream, const std::uint8_t *octets, AsnLen lef
 
 AsnLen get_length(unpack_info_struct *stream, const size_constraint &size)
 {
+    if (size.in_bits && size.width == 0 && per_has_bits(stream, 0))
+        return size.lower;
     if (size.in_bits)
         return per_get_bits_checked(stream, size.width) + size.lower;
     AsnLen length = 0;
@@ -105,20 +101,30 @@ bool fits_frame(const unpack_info_struct *stream, std::uint32_t octets)
 }
 
 // Resizes the block from `held` octets by `more`, which become zero.  No block is made for an empty string.
-bool grow(std::uint8_t **block, std::uint32_t held, std::uint32_t more, const alloc_tag &tag)
+bool grow(std::uint8_t **block, std::uint32_t held, std::uint32_t more, const asn_tag &tag)
 {
     if (more == 0)
         return true;
-    void *const grown = AsnMemRealloc(*block, std::size_t{held} + more, held, tag.flag, tag.file_code, tag.line);
+    void *const grown = *block || !asn_realloc_is_default()
+                            ? AsnMemRealloc(*block, std::size_t{held} + more, held, tag.flag, tag.file_code, tag.line)
+                            : asn_alloc(true, more, tag);
     if (!grown)
         return false;
     *block = static_cast<std::uint8_t *>(grown);
     return true;
 }
 
+// A string of a known number of units, up to 32 bits and sure to be in the frame: one read.
+void get_short_string(std::uint8_t *octets, unpack_info_struct *stream, std::uint32_t bits)
+{
+    std::uint32_t word = per_get_any(stream, bits) << (32 - bits);
+    for (std::uint32_t left = (bits + 7) >> 3; left > 0; --left, word <<= 8)
+        *octets++ = static_cast<std::uint8_t>(word >> 24);
+}
+
 // Answers the length of the string, in units.
 AsnLen get_string(std::uint8_t **block, unpack_info_struct *stream, string_unit unit, const size_constraint &size,
-                  const alloc_tag &tag)
+                  const asn_tag &tag)
 {
     for (AsnLen total = 0;;) {
         const AsnLen length = get_length(stream, size);
@@ -128,7 +134,10 @@ AsnLen get_string(std::uint8_t **block, unpack_info_struct *stream, string_unit 
             per_set_error(stream, PER_HARD_ERROR);
             return 0;
         }
-        if (more != 0)
+        const AsnLen bits = length * unit;
+        if (more != 0 && more <= 4 && per_has_bits(stream, bits))
+            get_short_string(*block + held, stream, bits);
+        else if (more != 0)
             get_units(stream, *block + held, length, unit);
         total += length;
         if (size.in_bits || length < ASN_FRAGMENT)
@@ -180,6 +189,17 @@ void AsnBits_copy(AsnBits *result, const AsnBits *source, std::uint8_t flag, std
         std::memcpy(result->bits, source->bits, octets);
 }
 
+namespace {
+
+void free_string(std::uint8_t **block, const asn_tag &tag)
+{
+    if (*block)
+        asn_free(asn_free_is_default(), *block, tag);
+    *block = nullptr;
+}
+
+} // namespace
+
 void AsnOctsAlloc(AsnOcts *octets, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
     octets->octs = static_cast<std::uint8_t *>(AsnMemAlloc(octets->octetLen, flag, file_code, line));
@@ -187,7 +207,7 @@ void AsnOctsAlloc(AsnOcts *octets, std::uint8_t flag, std::uint16_t file_code, s
 
 void AsnOctsFree(AsnOcts *octets, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
-    AsnFreeArray(&octets->octs, flag, file_code, line);
+    free_string(&octets->octs, {flag, file_code, line});
 }
 
 void AsnBitsAlloc(AsnBits *bits, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
@@ -197,7 +217,7 @@ void AsnBitsAlloc(AsnBits *bits, std::uint8_t flag, std::uint16_t file_code, std
 
 void AsnBitsFree(AsnBits *bits, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)
 {
-    AsnFreeArray(&bits->bits, flag, file_code, line);
+    free_string(&bits->bits, {flag, file_code, line});
 }
 
 void AsnOidAlloc(AsnOid *oid, std::uint8_t flag, std::uint16_t file_code, std::uint32_t line)

@@ -37,7 +37,7 @@ bool holds(const filled_block &block)
 TEST(Block, OfEverySizeIsAlignedAndApartFromTheOthers)
 {
     std::vector<filled_block> blocks;
-    for (std::size_t size = 0; size < 1200; ++size)
+    for (std::size_t size = 0; size < 2000; ++size)
         blocks.push_back(fill(tt_block_alloc(size), size, static_cast<unsigned char>(size)));
     for (const filled_block &block : blocks) {
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.at) % 16, 0u) << block.size;
@@ -50,7 +50,7 @@ TEST(Block, OfEverySizeIsAlignedAndApartFromTheOthers)
 
 TEST(Block, ResizeKeepsTheContentsBetweenAllKindsOfSizes)
 {
-    const std::size_t sizes[] = {0, 1, 8, 9, 24, 25, 300, 504, 505, 5000, 100000};
+    const std::size_t sizes[] = {0, 1, 8, 9, 24, 25, 300, 504, 1016, 1017, 5000, 100000};
     for (const std::size_t from : sizes)
         for (const std::size_t to : sizes) {
             auto *const block = static_cast<unsigned char *>(tt_block_resize(nullptr, from));

@@ -16,7 +16,7 @@
 
 enum : std::uint32_t {
     TT_BLOCK_STEP    = 16, ///< octets from one size class to the next
-    TT_BLOCK_CLASSES = 32,
+    TT_BLOCK_CLASSES = 64,
     TT_BLOCK_LARGE   = TT_BLOCK_CLASSES ///< what the head of a larger block says
 };
 
