@@ -329,7 +329,7 @@ void put_list(packer &k)
                   {{"lower", std::to_string(n.lower)}, {"label", k.c.type.label}});
     }
     k.out.open(list_walk);
-    if (element.shape != shape::null) {
+    if (writes(element)) {
         k.out.put("auto *const element = static_cast<$pointer$ *>(node->data);\n",
                   {{"pointer", element.cpp_type}});
         put_usage(k, element, element_spot());
