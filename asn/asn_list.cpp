@@ -31,9 +31,7 @@ inline AsnListNode *take_node(const AsnList *list)
     if (!data)
         return nullptr;
     lists->free[node_class] = node->next;
-    ++lists->room[node_class];
     lists->free[size_class] = data->next;
-    ++lists->room[size_class];
     tt_block_clear(data, size_class);
     return new (node) AsnListNode{data, nullptr, nullptr};
 }

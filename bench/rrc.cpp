@@ -187,12 +187,16 @@ void measure_blocks()
 
 } // namespace
 
-int main()
+/// Measures the messages whose names hold the first argument, or all.
+int main(int argc, char **argv)
 {
+    const std::string wanted = argc > 1 ? argv[1] : "";
+
     std::printf("%-34s %6s %6s %6s %6s %7s  %8s %8s %8s   %5s %5s  %7s\n", "message", "octets", "fields", "elem.",
                 "string", "allocs", "decode", "encode", "floor", "d/f", "e/f", "Gbit/s");
     for (rrc_message &m : rrc_messages()) {
-        measure(m);
+        if (m.name.find(wanted) != std::string::npos)
+            measure(m);
         m.free(m.value.data());
     }
     measure_blocks();

@@ -33,7 +33,7 @@ struct tt_free_block {
 /// The lists of a thread.
 struct tt_block_lists {
     std::array<tt_free_block *, TT_BLOCK_CLASSES> free;
-    std::array<std::uint32_t, TT_BLOCK_CLASSES>   room; ///< blocks that may still join `free`
+    std::array<std::uint32_t, TT_BLOCK_CLASSES>   room; ///< blocks that may join `free` until it is looked after
 };
 
 /// Null in a thread that has not had a block yet or is about to end.
@@ -64,7 +64,6 @@ inline void *tt_block_take(std::size_t size_class)
         return nullptr;
     tt_free_block *const block = lists->free[size_class];
     lists->free[size_class]    = block->next;
-    ++lists->room[size_class];
     return block;
 }
 

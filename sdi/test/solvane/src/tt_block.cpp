@@ -1,7 +1,8 @@
 // The heap behind the default memory slots: what the thread's own lists cannot serve.
 //
-// A thread has two magazines a class: the list in use and a full spare.  So an empty or a full list is answered by the
-// spare, and the central store is asked once in a magazine's worth of blocks at most.
+// A thread has two magazines a class: the list in use and a spare.  After each magazine's worth of releases the list
+// becomes the spare, and the spare goes to the central store; an empty list takes the spare back, or a magazine of the
+// store.  So the store is asked once in a magazine's worth of blocks at most, and taking a block counts nothing.
 #include "tt_block.h"
 
 #include <cstdlib>
@@ -32,10 +33,9 @@ tt_block_head *head_of(void *block)
 
 // ------------------------------------------------------------------------------------------------ central store
 
-// Released blocks of one class.
+// Released blocks of one class: no more than `magazine_room` of them.
 struct magazine {
     tt_free_block *blocks = nullptr;
-    std::uint32_t  count  = 0;
 };
 
 // One that no thread has.
@@ -93,7 +93,7 @@ magazine carve(uncarved &area, std::size_t octets, std::size_t size_class)
         head_of(contents)->size_class = static_cast<std::uint32_t>(size_class);
         auto *const block             = reinterpret_cast<tt_free_block *>(contents);
         block->next                   = made.blocks;
-        made                          = {block, made.count + 1};
+        made.blocks                   = block;
     }
     area.at += octets - octets % stride;
     area.octets -= octets - octets % stride;
@@ -118,7 +118,7 @@ struct thread_heap {
         tt_blocks_here = nullptr;
         gone           = true;
         for (std::size_t n = 0; n < TT_BLOCK_CLASSES; ++n)
-            for (const magazine &left : {magazine{lists.free[n], magazine_room(n) - lists.room[n]}, spare[n]})
+            for (const magazine &left : {magazine{lists.free[n]}, spare[n]})
                 if (left.blocks)
                     store_magazine(n, left);
         const magazine rest = carve(area, area.octets, leftover_class);
@@ -166,17 +166,16 @@ bool refill(thread_heap &heap, std::size_t size_class)
     if (!found.blocks)
         found = new_blocks(heap.area, size_class);
     heap.lists.free[size_class] = found.blocks;
-    heap.lists.room[size_class] = magazine_room(size_class) - found.count;
     return found.blocks != nullptr;
 }
 
-// Empties the thread's full list into its spare, and that into the central store.  Without memory for that the list
-// simply goes on growing.
+// Moves the thread's list, which may be full, to its spare, and that into the central store.  Without memory for that
+// the list simply goes on growing.
 void drain(thread_heap &heap, std::size_t size_class)
 {
     magazine &spare = heap.spare[size_class];
     if (!spare.blocks || store_magazine(size_class, spare)) {
-        spare                       = {heap.lists.free[size_class], magazine_room(size_class)};
+        spare.blocks                = heap.lists.free[size_class];
         heap.lists.free[size_class] = nullptr;
     }
     heap.lists.room[size_class] = magazine_room(size_class);
@@ -265,5 +264,5 @@ void tt_block_free(void *block)
     }
     auto *const last = static_cast<tt_free_block *>(block);
     last->next       = nullptr;
-    store_magazine(size_class, {last, 1}); // without memory for the record the block is lost
+    store_magazine(size_class, {last}); // without memory for the record the block is lost
 }
