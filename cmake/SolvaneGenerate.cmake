@@ -117,6 +117,27 @@ function(solvane_schema_options schemas options)
     set(${options} ${found} PARENT_SCOPE)
 endfunction()
 
+# What the codecs of ASN.1 types are compiled with.  Decoding and encoding of LTE and NR are inlined for speed; UMTS,
+# which has as many types as both together, is held small, and so is what prints and releases.
+function(solvane_codec_options output stems)
+    foreach(stem IN LISTS stems)
+        if(NOT stem MATCHES "^umts")
+            set_property(SOURCE ${output}/production/${stem}_pack.cpp ${output}/production/${stem}_unpack.cpp
+                APPEND PROPERTY COMPILE_OPTIONS
+                $<$<CONFIG:Release>:-O2> -fno-align-loops -fno-align-jumps -fno-align-labels)
+        endif()
+    endforeach()
+endfunction()
+
+# <output>/rrc_codecs.h, which declares the functions of all ASN.1 types, for tests and benchmarks.
+function(solvane_codec_header output stems)
+    set(text "// The codecs of all ASN.1 types.\n#pragma once\n\n")
+    foreach(stem IN LISTS stems)
+        string(APPEND text "#include \"production/${stem}_codec.h\"\n")
+    endforeach()
+    file(CONFIGURE OUTPUT ${output}/rrc_codecs.h CONTENT "${text}" @ONLY)
+endfunction()
+
 function(solvane_generate)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;DB;OUTPUT;RRC_SCHEMAS" "OPTIONS")
     if(NOT arg_TARGET OR NOT arg_DB)
@@ -156,16 +177,16 @@ function(solvane_generate)
     add_custom_target(${arg_TARGET}_run DEPENDS ${sources} ${headers})
 
     add_library(${arg_TARGET}_headers INTERFACE)
-    target_include_directories(${arg_TARGET}_headers INTERFACE ${arg_OUTPUT}/production)
+    target_include_directories(${arg_TARGET}_headers INTERFACE ${arg_OUTPUT}/production ${arg_OUTPUT})
     add_dependencies(${arg_TARGET}_headers ${arg_TARGET}_run)
 
     add_library(${arg_TARGET} OBJECT ${sources})
     target_link_libraries(${arg_TARGET} PUBLIC solvane_runtime_flags ${arg_TARGET}_headers)
+    solvane_schema_units(${arg_DB} "${arg_RRC_SCHEMAS}" codec_units)
+    solvane_codec_options(${arg_OUTPUT} "${codec_units}")
+    solvane_codec_header(${arg_OUTPUT} "${codec_units}")
     # Tables and one switch: what -Os saves is the padding between texts.
     target_compile_options(${arg_TARGET} PRIVATE $<$<CONFIG:Release>:-Os>)
-    # What decodes and encodes the messages of the air: behind the target's own, these options hold.
-    list(FILTER sources INCLUDE REGEX "_rrc_[0-9]+_(pack|unpack)\\.cpp$")
-    set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
     add_dependencies(${arg_TARGET} ${arg_TARGET}_run)
     set_property(GLOBAL APPEND PROPERTY SOLVANE_PARTS ${arg_TARGET})
 endfunction()
