@@ -50,6 +50,11 @@ void *counting_realloc(void *block, std::size_t size, std::size_t, std::uint8_t,
     return std::realloc(block, size);
 }
 
+void counting_free(void *block, std::uint8_t, std::uint16_t, std::uint32_t)
+{
+    std::free(block);
+}
+
 /// Values in a printed text, names that select one (a name behind a name), and counts of lists.
 std::uint32_t count_fields(const char *text)
 {
@@ -95,7 +100,7 @@ contents examine(rrc_message &m)
     counted                             = &c;
     dll_info_version.alloc_clear        = counting_alloc;
     dll_info_version.realloc_clear      = counting_realloc;
-    dll_info_version.free_tagged        = [](void *block, std::uint8_t, std::uint16_t, std::uint32_t) { std::free(block); };
+    dll_info_version.free_tagged        = counting_free;
     std::vector<std::uint64_t> record(m.value.size());
     PerError                   error{};
     unpack_info_struct         in = {c.frame.data(), 0, static_cast<std::int32_t>((c.bits + 7) / 8), &error};
@@ -114,9 +119,9 @@ std::vector<std::uint8_t> widths_of(const contents &c)
 {
     std::vector<std::uint8_t> widths;
     const std::uint32_t       bits = c.bits - c.string_octets * 8;
+    const auto              start_of = [&](std::uint32_t n) { return std::uint64_t{bits} * n / c.fields; };
     for (std::uint32_t n = 0; n < c.fields; ++n)
-        widths.push_back(static_cast<std::uint8_t>(
-            std::min<std::uint64_t>(std::uint64_t{bits} * (n + 1) / c.fields - std::uint64_t{bits} * n / c.fields, 32)));
+        widths.push_back(static_cast<std::uint8_t>(std::min<std::uint64_t>(start_of(n + 1) - start_of(n), 32)));
     return widths;
 }
 
@@ -182,7 +187,8 @@ void measure_blocks()
             std::free(block);
         });
     }
-    std::printf("a block of 24 octets, allocated, zeroed and released: %.2f ns; calloc and free: %.2f ns\n", pair, plain);
+    std::printf("a block of 24 octets, allocated, zeroed and released: %.2f ns; calloc and free: %.2f ns\n", pair,
+                plain);
 }
 
 } // namespace

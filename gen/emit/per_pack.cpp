@@ -296,7 +296,8 @@ void put_choice(packer &k)
     const std::string   root = fmt::format("per_put_{}(stream, {}, value->ChoiceId);", band(width), width);
     if (additions) {
         k.out.put("per_open_type open;\n");
-        k.out.put("if (value->ChoiceId < $count$)\n    $root$\n", {{"count", std::to_string(s.root_count)}, {"root", root}});
+        k.out.put("if (value->ChoiceId < $count$)\n    $root$\n",
+                  {{"count", std::to_string(s.root_count)}, {"root", root}});
         k.out.put("else\n    per_put_8(stream, 8, 0x80u | ((value->ChoiceId - $count$u) & 0x3Fu));\n",
                   {{"count", std::to_string(s.root_count)}});
     } else if (width > 0) {

@@ -362,8 +362,11 @@ void put_switch(unpacker &u)
         u.out.put("break;\n");
         u.out.close("");
     }
-    u.out.put("default:\n$error$    break;\n}\n",
-              {{"error", checked ? "    per_set_error(stream, PER_HARD_ERROR);\n" : ""}});
+    u.out.open("default:\n");
+    if (checked)
+        u.out.put("per_set_error(stream, PER_HARD_ERROR);\n");
+    u.out.put("break;\n");
+    u.out.close();
 }
 
 void put_root_choice(unpacker &u)

@@ -129,6 +129,8 @@ test_case make_case(const std::string &text, const std::string &first)
     }
     std::sort(c.inputs.begin(), c.inputs.end(),
               [](const input_file &a, const input_file &b) { return a.path < b.path; });
+    if (std::ranges::any_of(c.own_paths, [](const std::string &path) { return path.ends_with(".asn"); }))
+        take_value_types(c);
     return c;
 }
 
@@ -138,8 +140,6 @@ test_case read_case(const std::string &name)
     test_case  c = schema ? make_case(read_text(case_path(name, ".asn")), "lte/case.asn")
                           : make_case(read_text(case_path(name, ".def")));
     c.name = name;
-    if (schema)
-        take_value_types(c);
     return c;
 }
 

@@ -187,7 +187,8 @@ bool agrees(const printed_item &ours, const reference_item &theirs)
 {
     switch (ours.kind) {
     case printed_item::what::count: return theirs.value == ours.text && theirs.text.find("item") != std::string::npos;
-    case printed_item::what::selector: return comparable(theirs.text) == comparable(ours.text) || theirs.text == "dummy";
+    case printed_item::what::selector:
+        return comparable(theirs.text) == comparable(ours.text) || theirs.text == "dummy";
     case printed_item::what::leaf: return same_name(ours, theirs) && same_value(ours.text, theirs);
     }
     return false;
