@@ -265,14 +265,17 @@ const family_case families[] = {
      732,
      {"tc_resp_msg_struct", "tc_loop_back_setup_struct", "tc_close_ue_test_loop_struct", "rrcc_plmn_list_struct",
       "RAB_Identity", "CompressedModeMeasCapabMC", "UE_Positioning_GPS_UTC_Model"}},
+    {TT_PEER_LTE_RRC, 20, {"Lte_MCCH_Message", "Lte_DL_CCCH_Message", "Lte_DL_DCCH_Message", "Lte_UL_CCCH_Message"}},
+    {TT_PEER_NR_RRC, 19, {"Nr_BCCH_BCH_Message", "Nr_DL_DCCH_Message", "Nr_UL_DCCH_Message", "Nr_RadioBearerConfig"}},
 };
 
 TEST(asn1_peer_rows, stand_in_their_order_and_are_in_the_dictionary)
 {
-    const rw_debug_info_struct &umts = tool(ENTITY_W_STACK);
-    std::set<std::string>       known;
-    for (const rw_type_row &type : std::span(umts.types, umts.no_types))
-        known.insert(type.name);
+    std::set<std::string> known;
+    for (const sdi_entity_enum domain : {ENTITY_W_STACK, ENTITY_TD_LTE_STACK, ENTITY_NR_STACK}) {
+        for (const rw_type_row &type : std::span(tool(domain).types, tool(domain).no_types))
+            known.insert(type.name);
+    }
     for (const family_case &c : families) {
         const tt_peer_family    &family = tt_peer_families[c.family];
         std::vector<std::string> names;
