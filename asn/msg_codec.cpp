@@ -120,6 +120,36 @@ void msg_end_16(pack_info_struct *stream, const msg_length *length, const char *
     end_length(stream, length, 16, overflow);
 }
 
+unpack_info_struct msg_open_window(unpack_info_struct *stream, msg_window *window, std::uint32_t bits)
+{
+    const std::uint32_t octets = msg_left(stream);
+    const std::uint32_t left   = octets == 0 ? 0 : octets * 8 - (stream->bits & 7);
+    const std::uint32_t there  = msg_at_most(bits, left);
+    const std::uint32_t taken  = msg_at_most(there, msg_window::room * 8);
+    *window                    = {};
+    for (std::uint32_t at = 0; at < taken; at += 32) {
+        const std::uint32_t n = msg_at_most(taken - at, 32);
+        per_poke_bits(window->octets + at / 8, 0, n, per_get_any(stream, n));
+    }
+    per_skip_bits(stream, there - taken);
+    return {window->octets, 0, sizeof window->octets, stream->err_hndl};
+}
+
+pack_info_struct msg_begin_window(msg_window *window)
+{
+    *window = {};
+    return {window->octets, 0};
+}
+
+void msg_put_window(pack_info_struct *stream, const msg_window *window, std::uint32_t bits)
+{
+    const std::uint32_t written = msg_at_most(bits, msg_window::room * 8);
+    for (std::uint32_t at = 0; at < written; at += 32) {
+        const std::uint32_t n = msg_at_most(written - at, 32);
+        per_put_any(stream, n, per_peek_bits(window->octets + at / 8, 0, n));
+    }
+}
+
 void msg_put_align(pack_info_struct *stream)
 {
     per_put_any(stream, -stream->bits & 7, 0);

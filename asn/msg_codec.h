@@ -97,6 +97,22 @@ void msg_trim_16(pack_info_struct *stream, const msg_length *length, std::uint32
 void msg_end_8(pack_info_struct *stream, const msg_length *length, const char *overflow);
 void msg_end_16(pack_info_struct *stream, const msg_length *length, const char *overflow);
 
+/// Room for a content that ends elsewhere than its items do, as CSN.1 has it: what is not there is zero.
+struct msg_window {
+    static constexpr std::uint32_t room = 64; ///< octets of content
+    std::uint8_t                   octets[room + 8];
+};
+
+/* Reading
+ *   open    takes `bits` out of the stream, or as many as are left of it, and answers a cursor on their copy
+ * Writing
+ *   begin   answers a cursor on an empty copy
+ *   put     writes the first `bits` of it
+ * What a content has behind the room is passed over, and not written.  */
+unpack_info_struct msg_open_window(unpack_info_struct *stream, msg_window *window, std::uint32_t bits);
+pack_info_struct   msg_begin_window(msg_window *window);
+void               msg_put_window(pack_info_struct *stream, const msg_window *window, std::uint32_t bits);
+
 /// Zero bits up to a whole octet.
 void msg_put_align(pack_info_struct *stream);
 

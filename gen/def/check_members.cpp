@@ -192,7 +192,8 @@ void member_check::apply(const attribute &a, std::uint32_t self)
     case what::length:
     case what::to_end:
     case what::chained:
-    case what::bcd: break;
+    case what::bcd:
+    case what::linked: break;
     }
 }
 

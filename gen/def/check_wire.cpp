@@ -35,6 +35,7 @@ struct wire_check {
     std::set<std::string>                 displaced;  ///< members that a `wire` names
     std::vector<bool>                     known;      ///< members that earlier items have read
     std::map<std::uint32_t, place>        identifiers;
+    std::set<std::string>                 windows;    ///< names of those so far
     std::optional<wire_item_def>          half;       ///< the first line of a pair of half octets
     wire_codec                            out;
 
@@ -73,6 +74,7 @@ struct wire_check {
     wire_place trim(const std::optional<name> &member);
     void guard(const std::vector<wire_item_def> &list, std::uint32_t presence);
     void block(wire_item_def &item, items &to);
+    void within(wire_item_def &item, items &to);
     void item(wire_item_def &item, items &to, bool bounded);
     void walk(std::vector<wire_item_def> &list, items &to, bool bounded);
 
@@ -114,6 +116,7 @@ std::optional<std::uint32_t> item_bits(const scope &s, const wire_item &i)
     case kind::choice:
     case kind::group:
     case kind::block:
+    case kind::window:
     case kind::align:
     case kind::word: break;
     }
@@ -329,6 +332,8 @@ void wire_check::array_count(const member_def &m, wire_item &item)
                           find_attribute(m, attribute::what::length) != nullptr;
         if (find_attribute(m, attribute::what::chained) != nullptr)
             item.extent = wire_extent::chained;
+        else if (find_attribute(m, attribute::what::linked) != nullptr)
+            item.extent = wire_extent::linked;
         else if (n && known[*n] && !open)
             item.extent = wire_extent::counted;
         else
@@ -376,7 +381,8 @@ void wire_check::array(const member_def &m, std::uint32_t n, items &to, bool bou
     const bool       varies = bounded || item.is_pointer || item.bcd || length != nullptr ||
                         find_attribute(m, attribute::what::counted) != nullptr ||
                         find_attribute(m, attribute::what::to_end) != nullptr ||
-                        find_attribute(m, attribute::what::chained) != nullptr || index_of("no_" + m.decl.id.text);
+                        find_attribute(m, attribute::what::chained) != nullptr ||
+                        find_attribute(m, attribute::what::linked) != nullptr || index_of("no_" + m.decl.id.text);
     if (varies)
         array_count(m, item);
     if (length == nullptr) {
@@ -502,7 +508,8 @@ void wire_check::flag(const wire_item_def &item, items &to)
         const std::uint32_t n = find(item.id);
         if (n == no_index)
             return;
-        if (find_attribute(at(n), attribute::what::chained) == nullptr)
+        if (find_attribute(at(n), attribute::what::chained) == nullptr &&
+            find_attribute(at(n), attribute::what::linked) == nullptr)
             error(item.id.where, fmt::format("'{}' is no chained array", item.id.text));
         out_item.kind = wire_item::what::any;
         out_item.member = count_of(item.id.text);
@@ -581,6 +588,75 @@ void wire_check::block(wire_item_def &item, items &to)
     to.push_back(std::move(out_item));
 }
 
+/// The most bits of items without open arrays.
+std::uint64_t most_bits(const scope &s, const items &list)
+{
+    using kind = wire_item::what;
+    const auto of_record = [&](std::uint32_t id) {
+        const record_def &r = *s.records[id];
+        return r.wire && r.wire->codec ? r.wire->codec->length_width + 7 + most_bits(s, r.wire->codec->items) : 0;
+    };
+    std::uint64_t total = 0;
+    for (const wire_item &i : list) {
+        switch (i.kind) {
+        case kind::record: total += of_record(i.record_id); break;
+        case kind::array:
+            total += ((i.width != 0 ? i.width : of_record(i.record_id)) + (i.extent == wire_extent::linked)) * i.count;
+            break;
+        case kind::group: total += std::max(most_bits(s, i.items), most_bits(s, i.otherwise)); break;
+        case kind::window: total += i.width; break;
+        case kind::align: total += 7; break;
+        default: total += item_bits(s, i).value_or(0) + most_bits(s, i.items); break;
+        }
+    }
+    return total;
+}
+
+/// Arrays that end where the content does have no end in a window, which is filled up with zeros.
+const wire_item *open_array(const items &list)
+{
+    for (const wire_item &i : list) {
+        if (i.kind == wire_item::what::array &&
+            (i.extent == wire_extent::to_end || i.extent == wire_extent::chained || i.is_pointer))
+            return &i;
+        const wire_item *inside = open_array(i.items);
+        inside = inside == nullptr ? open_array(i.otherwise) : inside;
+        if (inside != nullptr)
+            return inside;
+    }
+    return nullptr;
+}
+
+void wire_check::within(wire_item_def &item, items &to)
+{
+    wire_item out_item;
+    out_item.kind = wire_item::what::window;
+    const std::uint32_t n = find(item.id);
+    if (n == no_index)
+        return;
+    out_item.keeps = find_attribute(at(n), attribute::what::off_wire) != nullptr;
+    if (!out_item.keeps)
+        find_known(item.id, "is the number of bits");
+    if (!at(n).decl.dims.empty() || integer_size(look_through(s, at(n).type.use).use.base) == 0)
+        error(item.id.where, fmt::format("'{}' is no integer", item.id.text));
+    out_item.member = place_of(n);
+    const name &title = item.title.text.empty() ? item.id : item.title;
+    out_item.name = title.text;
+    if (!windows.insert(title.text).second)
+        error(title.where, fmt::format("'within' of '{}' stands here twice: a name behind it tells which it is",
+                                       title.text));
+    const std::uint32_t size = out_item.keeps ? 32 : classify(at(n), at(n).type).width;
+    out_item.width = size < 9 ? (1u << size) - 1 : window_octets * 8;
+    walk(item.items, out_item.items, false);
+    if (const wire_item *open = open_array(out_item.items))
+        error(at(open->member.steps.back().member).decl.id.where,
+              "an array inside 'within' stands in place and has a size, is counted or linked");
+    else if (most_bits(s, out_item.items) > window_octets * 8)
+        error(item.where, fmt::format("what stands 'within' takes up to {} octets of {}",
+                                      (most_bits(s, out_item.items) + 7) / 8, window_octets));
+    to.push_back(std::move(out_item));
+}
+
 void wire_check::item(wire_item_def &item, items &to, bool bounded)
 {
     if (half && !(item.kind == what::line && item.format == wire_format::half)) {
@@ -605,6 +681,7 @@ void wire_check::item(wire_item_def &item, items &to, bool bounded)
     case what::flag: flag(item, to); break;
     case what::group: group(item, to, bounded); break;
     case what::block: block(item, to); break;
+    case what::within: within(item, to); break;
     case what::align: {
         wire_item align;
         align.kind = wire_item::what::align;
@@ -821,7 +898,7 @@ void wire_check::displace(const std::vector<wire_item_def> &list)
 void check_wire(scope &s, const unit_def &unit, record_def &record)
 {
     wire_def  &wire = *record.wire;
-    wire_check check{s, unit, record, {}, std::vector<bool>(record.members.size()), {}, std::nullopt, {}};
+    wire_check check{s, unit, record, {}, std::vector<bool>(record.members.size()), {}, {}, std::nullopt, {}};
     check.displace(wire.items);
     check.out.is_message = wire.is_message;
     check.out.direction = wire.direction;

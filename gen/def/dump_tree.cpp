@@ -147,6 +147,9 @@ std::string print(const wire_item_def &i, const std::string &indent)
         if (i.trim)
             out += fmt::format(" trim({})", i.trim->text);
         return out + " " + print(i.items, indent) + "\n";
+    case what::within:
+        out = fmt::format("within({}) {}", i.id.text, i.title.text.empty() ? "" : i.title.text + " ");
+        return out + print(i.items, indent) + "\n";
     case what::align: return "align;\n";
     case what::line: return print_line(i);
     }

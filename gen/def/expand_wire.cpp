@@ -87,6 +87,7 @@ void expansion::item(wire_item_def &i, bool narrow)
         const bool       byte = length != nullptr && length->value->number == 8;
         const bool       open = length != nullptr || find_attribute(*i.member, attribute::what::to_end) != nullptr ||
                           find_attribute(*i.member, attribute::what::chained) != nullptr ||
+                          find_attribute(*i.member, attribute::what::linked) != nullptr ||
                           find_attribute(*i.member, attribute::what::bcd) != nullptr;
         if (is_array(*i.member) && open && find_attribute(*i.member, attribute::what::counted) == nullptr)
             make_counts(*i.member, length != nullptr ? byte : narrow);
@@ -102,6 +103,7 @@ void expansion::item(wire_item_def &i, bool narrow)
         walk(i.otherwise, narrow);
         break;
     case what::block: walk(i.items, i.width->number == 8); break;
+    case what::within: walk(i.items, narrow); break;
     case what::line: line(i); break;
     case what::spare:
     case what::parts:

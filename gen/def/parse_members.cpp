@@ -117,6 +117,7 @@ constexpr std::array<attribute_word, no_attributes> attribute_words = {{ // ORDE
     {"to_end", argument::none},
     {"chained", argument::none},
     {"bcd", argument::value_or_none},
+    {"linked", argument::none},
 }};
 
 std::size_t attribute_at(const parser &in)

@@ -174,6 +174,18 @@ void parse_length_block(parser &in, wire_item_def &item)
     item.items = parse_items(in, "the name");
 }
 
+// within = "within" "(" name ")" [ name ] items ;
+void parse_within(parser &in, wire_item_def &item)
+{
+    item.kind = item_kind::within;
+    in.expect("(", "'within'");
+    item.id = in.expect_identifier("a member");
+    in.expect(")", "the member");
+    if (in.is_identifier())
+        item.title = in.expect_identifier("a name");
+    item.items = parse_items(in, "the size");
+}
+
 // ------------------------------------------------------------------------------------------------ lines
 
 bool is_presence(const parser &in, std::size_t ahead = 0)
@@ -284,7 +296,7 @@ void parse_line_or_member(parser &in, wire_item_def &item)
     item.member = parse_member_rest(in, std::move(m));
 }
 
-// item = spare | parts | flag | group | block | "align" ";" | line | member ;
+// item = spare | parts | flag | group | block | within | "align" ";" | line | member ;
 void parse_item(parser &in, std::vector<wire_item_def> &items)
 {
     wire_item_def item;
@@ -301,6 +313,9 @@ void parse_item(parser &in, std::vector<wire_item_def> &items)
     } else if (in.is_word("length") && in.is("(", 1)) {
         in.next();
         parse_length_block(in, item);
+    } else if (in.is_word("within") && in.is("(", 1)) {
+        in.next();
+        parse_within(in, item);
     } else if (in.is_word("align") && in.is(";", 1)) {
         in.next();
         item.kind = item_kind::align;

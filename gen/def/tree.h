@@ -50,7 +50,7 @@ struct declarator {
 struct attribute {
     enum class what : std::uint8_t {
         counted, uncounted, optional, selected, case_, hidden, rt_selector,
-        bits, minus, peek, lh, off_wire, length, to_end, chained, bcd
+        bits, minus, peek, lh, off_wire, length, to_end, chained, bcd, linked
     };
     what                      kind = what::hidden;
     place                     where;
@@ -58,7 +58,7 @@ struct attribute {
     std::optional<expression> value;
     std::optional<expression> second;  ///< the width of `peek`
 };
-inline constexpr std::size_t no_attributes = 16;
+inline constexpr std::size_t no_attributes = 17;
 
 struct member_def {
     type_ref                  type;
@@ -97,7 +97,7 @@ struct condition_def {
 
 /// An item of an element or message, in the order of the wire.
 struct wire_item_def {
-    enum class what : std::uint8_t { member, spare, parts, flag, group, block, align, line };
+    enum class what : std::uint8_t { member, spare, parts, flag, group, block, within, align, line };
     enum class presence : std::uint8_t { mandatory, optional, conditional };
 
     struct part {
@@ -109,7 +109,8 @@ struct wire_item_def {
     place where;
 
     std::optional<member_def>  member;  ///< member; line, where it has a type
-    name                       id;      ///< flag: the presence member or array; block, line: the name
+    name                       id;      ///< flag: the presence member or array; within: the size; block, line: the name
+    name                       title;   ///< within: what tells it from another with this size; empty: none
     std::optional<expression>  width;   ///< spare; block: width of its length field
     std::optional<expression>  value;   ///< spare
     std::vector<part>          parts;
@@ -117,7 +118,7 @@ struct wire_item_def {
     bool                       inverse = false;    ///< flag
     bool                       any = false;        ///< flag: of an array
     std::vector<condition_def> conditions;         ///< group; flag that no bit tells
-    std::vector<wire_item_def> items;              ///< group, block
+    std::vector<wire_item_def> items;              ///< group, block, within
     std::vector<wire_item_def> otherwise;          ///< group
 
     // line

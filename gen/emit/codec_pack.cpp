@@ -13,8 +13,10 @@ using what = wire_item::what;
 /// The packing of one record.
 struct packer {
     const model     &m;
+    std::uint32_t    record_id;
     code_block       code;
-    std::string_view file;  ///< as the message of an overflow names it
+    std::string_view file;   ///< as the message of an overflow names it
+    std::string     &parts;  ///< functions for the windows inside
 
     void item(const wire_item &i);
     void items(const std::vector<wire_item> &list);
@@ -24,6 +26,7 @@ struct packer {
     void group(const wire_item &i);
     bool octets_behind_length(const wire_item &block);
     void block(const wire_item &i);
+    void window(const wire_item &i);
     void bounded(const wire_item &block, const std::string &length);
     void option(const wire_option &o);
 };
@@ -70,12 +73,13 @@ void packer::array(const wire_item &i)
         code.line(fmt::format("msg_put_digits(stream, {}, {}, {});", array, i.first, count));
         return;
     }
-    if (i.octets && i.extent != wire_extent::chained) {
+    if (i.octets && i.extent != wire_extent::chained && i.extent != wire_extent::linked) {
         code.line(fmt::format("per_put_octets(stream, {}, {});", octets_text(m, i.member, true), count));
         return;
     }
     const bool chained = i.extent == wire_extent::chained;
-    code.line(fmt::format("for (std::uint32_t n = 0; n < {}; n++){}", count, chained ? " {" : ""));
+    const bool linked = i.extent == wire_extent::linked;
+    code.line(fmt::format("for (std::uint32_t n = 0; n < {}; n++){}", count, chained || linked ? " {" : ""));
     ++code.level;
     if (chained)
         code.line(fmt::format("per_put_8(stream, 1, n + 1 == {});", count));
@@ -83,8 +87,10 @@ void packer::array(const wire_item &i)
         code.line(fmt::format("{}(stream, &{}[n]);", codec_function(m, i.record_id, "pack"), array));
     else
         code.line(fmt::format("{}msg_bits({}[n], {}));", put_call(i.width), array, i.width));
+    if (linked)
+        code.line(fmt::format("per_put_8(stream, 1, n + 1 != {});", count));
     --code.level;
-    if (chained)
+    if (chained || linked)
         code.line("}");
 }
 
@@ -157,6 +163,27 @@ void packer::block(const wire_item &i)
         bounded(i, cpp_identifier(i.name) + "_length");
 }
 
+/// A content is written to a copy, and of that as much as it had: what it never had is zero there.
+void packer::window(const wire_item &i)
+{
+    std::string body;
+    packer      inner{m, record_id, {body, 1}, file, parts};
+    inner.items(i.items);
+    put(parts, R"(
+
+static void $function$(pack_info_struct *stream, const $type$ *value)
+{
+)", {{"function", content_name(m, record_id, i)}, {"type", record_name(m, record_id)}});
+    parts += body + "}\n";
+    const std::string member = place_text(m, i.member);
+    code.line(fmt::format("msg_window {}_window;", i.name));
+    code.line(fmt::format("pack_info_struct {0}_inside = msg_begin_window(&{0}_window);", i.name));
+    code.line(fmt::format("{}(&{}_inside, value);", content_name(m, record_id, i), i.name));
+    const std::string bits = i.keeps ? fmt::format("{0} != 0 ? 8u * {0} : ({1}_inside.bits + 7) & ~7u", member, i.name)
+                                     : member;
+    code.line(fmt::format("msg_put_window(stream, &{}_window, {});", i.name, bits));
+}
+
 void packer::item(const wire_item &i)
 {
     switch (i.kind) {
@@ -169,6 +196,7 @@ void packer::item(const wire_item &i)
     case what::array: array(i); break;
     case what::group: group(i); break;
     case what::block: block(i); break;
+    case what::window: window(i); break;
     case what::align: code.line("msg_put_align(stream);"); break;
     case what::derive:
     case what::look:
@@ -203,12 +231,8 @@ void packer::option(const wire_option &o)
 void put_pack(std::string &out, const model &m, std::uint32_t record_id, std::string_view file)
 {
     const wire_codec &codec = *m.records[record_id].wire;
-    put(out, R"(
-
-void $function$(pack_info_struct *stream, const $type$ *value)
-{
-)", {{"function", codec_function(m, record_id, "pack")}, {"type", record_name(m, record_id)}});
-    packer p{m, {out, 1}, file};
+    std::string       body, parts;
+    packer            p{m, record_id, {body, 1}, file, parts};
     const std::vector<wire_item> list = lay_packing(m, codec.items);
     if (codec.length_width == 0) {
         p.items(list);
@@ -230,7 +254,13 @@ void $function$(pack_info_struct *stream, const $type$ *value)
     }
     for (const wire_option &o : codec.options)
         p.option(o);
-    out += "}\n";
+    out += parts;
+    put(out, R"(
+
+void $function$(pack_info_struct *stream, const $type$ *value)
+{
+)", {{"function", codec_function(m, record_id, "pack")}, {"type", record_name(m, record_id)}});
+    out += body + "}\n";
 }
 
 } // namespace solvane::gen

@@ -30,7 +30,7 @@ void code_block::line(std::string_view text)
 }
 void code_block::open(std::string_view head)
 {
-    line(std::string(head) + " {");
+    line(head.empty() ? "{" : std::string(head) + " {");
     ++level;
 }
 
@@ -139,6 +139,11 @@ std::string octets_text(const model &m, const wire_place &array, bool is_const)
 std::string codec_function(const model &m, std::uint32_t record_id, const char *operation)
 {
     return wire_function(record_name(m, record_id), operation);
+}
+
+std::string content_name(const model &m, std::uint32_t record_id, const wire_item &part)
+{
+    return wire_function(record_name(m, record_id), (part.name + "_content").c_str());
 }
 
 std::string written_count(const model &m, const wire_item &array)

@@ -45,6 +45,9 @@ std::string octets_text(const model &m, const wire_place &array, bool is_const);
 /// A function of the codec of a record.
 std::string codec_function(const model &m, std::uint32_t record_id, const char *operation);
 
+/// The function for the items of a part inside the codec of a record.
+std::string content_name(const model &m, std::uint32_t record_id, const wire_item &part);
+
 /// Elements that are written of an array.
 std::string written_count(const model &m, const wire_item &array);
 

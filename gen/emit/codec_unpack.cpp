@@ -34,11 +34,16 @@ struct unpacker {
     void digits(const wire_item &i);
     void elements(const wire_item &i);
     void chained(const wire_item &i);
+    void linked(const wire_item &i);
+    void grow(const wire_item &i, const std::string &count);
+    std::string first_follows(const wire_item &i) const;
     void element(const wire_item &i, const std::string &index);
     void choice(const wire_item &i);
     void group(const wire_item &i);
     void block(const wire_item &i);
     void keep_length(const wire_place &trim);
+    void window(const wire_item &i);
+    void content_function(const wire_item &i, bool is_bounded);
     void block_content(const wire_item &i);
     void resets(const std::vector<wire_item> &list, std::vector<std::string> &seen);
     void reset(const std::string &place, std::vector<std::string> &seen);
@@ -231,23 +236,48 @@ bool has_any_flag(const model &m, const std::vector<wire_item> &items, const std
     });
 }
 
+std::string unpacker::first_follows(const wire_item &i) const
+{
+    const std::string count = place_text(m, i.other);
+    return has_any_flag(m, m.records[record_id].wire->items, count) ? count + " != 0" : "true";
+}
+
+void unpacker::grow(const wire_item &i, const std::string &count)
+{
+    if (!i.is_pointer)
+        return;
+    code.line(fmt::format("if (!msg_grow(&{}, &{}, {} + 1, {}, {{file_code, __LINE__}}))", place_text(m, i.member),
+                          place_text(m, i.capacity), count, 4));
+    code.line("    break;");
+}
+
 void unpacker::chained(const wire_item &i)
 {
-    const std::string array = place_text(m, i.member);
     const std::string count = place_name(m, i.member) + "_read";
     const std::string more = place_name(m, i.member) + "_follow";
-    const bool        told = has_any_flag(m, m.records[record_id].wire->items, place_text(m, i.other));
     code.line(fmt::format("std::uint32_t {} = 0;", count));
-    code.line(fmt::format("bool {} = {};", more, told ? place_text(m, i.other) + " != 0" : "true"));
+    code.line(fmt::format("bool {} = {};", more, first_follows(i)));
     code.open(fmt::format("while ({} && {} < {} && stream->fr_size > 0)", more, count, most_elements(m, i)));
-    if (i.is_pointer) {
-        code.line(fmt::format("if (!msg_grow(&{}, &{}, {} + 1, {}, {{file_code, __LINE__}}))", array,
-                              place_text(m, i.capacity), count, 4));
-        code.line("    break;");
-    }
+    grow(i, count);
     code.line(fmt::format("{} = per_get_8(stream, 1) == 0;", more));
     element(i, count);
     code.line(fmt::format("{}++;", count));
+    code.close();
+    code.line(counted(m, i, count));
+}
+
+/// As `chained`, but the bit stands behind the element, and is 1 where another follows.
+void unpacker::linked(const wire_item &i)
+{
+    const std::string count = place_name(m, i.member) + "_read";
+    const std::string more = place_name(m, i.member) + "_follow";
+    code.line(fmt::format("std::uint32_t {} = 0;", count));
+    code.line(fmt::format("bool {} = {};", more, first_follows(i)));
+    code.open(fmt::format("while ({} && {} < {} && stream->fr_size > 0)", more, count, most_elements(m, i)));
+    grow(i, count);
+    element(i, count);
+    code.line(fmt::format("{}++;", count));
+    code.line(fmt::format("{} = msg_has_bits(stream, 1) && per_get_8(stream, 1) != 0;", more));
     code.close();
     code.line(counted(m, i, count));
 }
@@ -275,6 +305,8 @@ void unpacker::array(const wire_item &i)
         fixed_array(i);
     else if (i.extent == wire_extent::chained)
         chained(i);
+    else if (i.extent == wire_extent::linked)
+        linked(i);
     else if (i.octets)
         octets(i);
     else
@@ -319,17 +351,36 @@ void unpacker::block_content(const wire_item &i)
         item(i.items[0]);
         return;
     }
-    const std::string function = wire_function(record_name(m, record_id), (i.name + "_content").c_str());
-    std::string       body;
-    unpacker          inner{m, record_id, {body, 1}, parts, true};
+    content_function(i, true);
+    code.line(fmt::format("{}(value, stream);", content_name(m, record_id, i)));
+}
+
+/// The items of a part as a function of their own.
+void unpacker::content_function(const wire_item &i, bool is_bounded)
+{
+    std::string body;
+    unpacker    inner{m, record_id, {body, 1}, parts, is_bounded};
     inner.items(i.items);
     put(parts, R"(
 
 static void $function$($type$ *value, unpack_info_struct *stream)
 {
-)", {{"function", function}, {"type", record_name(m, record_id)}});
+)", {{"function", content_name(m, record_id, i)}, {"type", record_name(m, record_id)}});
     parts += (inner.needs_word ? std::string(word_declaration) : "") + body + "}\n";
-    code.line(function + "(value, stream);");
+}
+
+/// A content is read through a copy that is filled up with zeros.
+void unpacker::window(const wire_item &i)
+{
+    const std::string member = place_text(m, i.member);
+    content_function(i, false);
+    if (i.keeps)
+        code.line(fmt::format("{} = msg_at_most(msg_left(stream), msg_window::room) & {};", member,
+                              mask_text(member_bits(m, place_member(m, i.member)))));
+    code.line(fmt::format("msg_window {}_window;", i.name));
+    code.line(fmt::format("unpack_info_struct {0}_inside = msg_open_window(stream, &{0}_window, {1}{2});", i.name,
+                          i.keeps ? "8u * " : "", member));
+    code.line(fmt::format("{}(value, &{}_inside);", content_name(m, record_id, i), i.name));
 }
 
 /// A content that may be cut short anywhere is packed to the length that it had.
@@ -378,6 +429,7 @@ void unpacker::item(const wire_item &i)
     case what::array: array(i); break;
     case what::group: group(i); break;
     case what::block: block(i); break;
+    case what::window: window(i); break;
     case what::align: code.line("msg_get_align(stream);"); break;
     case what::field:
     case what::constant:

@@ -39,7 +39,7 @@ std::string element_text(const model &m, const wire_item &i)
 
 std::string array_text(const model &m, const wire_item &i)
 {
-    constexpr std::array extents = {"fixed", "counted", "to the end", "chained"};
+    constexpr std::array extents = {"fixed", "counted", "to the end", "chained", "linked"};
     std::string text = fmt::format("array {} {} of {}{}", place_text(m, i.member),
                                    extents[static_cast<std::size_t>(i.extent)], i.bcd ? "digits, " : "",
                                    element_text(m, i));
@@ -79,6 +79,9 @@ std::string item_text(const model &m, const wire_item &i, const std::string &mar
     case what::block:
         return fmt::format("length {} {}{}\n", i.width, i.name,
                            i.trim.steps.empty() ? "" : " trim " + place_text(m, i.trim)) +
+               items_text(m, i.items, inside);
+    case what::window:
+        return fmt::format("window {} of {}{}\n", i.name, i.keeps ? "all octets, kept in " : "bits in ", member) +
                items_text(m, i.items, inside);
     case what::word: return fmt::format("word {}\n{}", i.width, items_text(m, i.items, inside));
     }

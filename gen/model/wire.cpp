@@ -31,6 +31,7 @@ std::optional<std::uint32_t> item_bits(const model &m, const wire_item &i)
     case what::choice:
     case what::group:
     case what::block:
+    case what::window:
     case what::align: break;
     }
     return std::nullopt;
@@ -53,7 +54,7 @@ std::optional<std::uint32_t> most_array_bits(const model &m, const wire_item &i)
     const std::optional<std::uint32_t> element = i.width != 0 ? i.width : most_record_bits(m, i.record_id);
     if (i.is_pointer || !element)
         return std::nullopt;
-    const std::uint32_t chain = i.extent == wire_extent::chained ? 1 : 0;
+    const std::uint32_t chain = i.extent == wire_extent::chained || i.extent == wire_extent::linked ? 1 : 0;
     const std::uint32_t count = i.count - i.first + (i.bcd ? 1 : 0);
     return (*element + chain) * count;
 }
@@ -64,6 +65,7 @@ std::optional<std::uint32_t> most_item_bits(const model &m, const wire_item &i)
     case what::record: return most_record_bits(m, i.record_id);
     case what::array: return most_array_bits(m, i);
     case what::align: return 7;
+    case what::window: return i.width;
     case what::block:
     case what::group: {
         const std::optional<std::uint32_t> first = most_bits(m, i.items), second = most_bits(m, i.otherwise);

@@ -47,7 +47,8 @@ enum class wire_extent : std::uint8_t {
     fixed,    ///< `count` elements
     counted,  ///< as many as the member `counter` says
     to_end,   ///< up to the end of what bounds it
-    chained   ///< a bit ahead of each element: 0 while another follows
+    chained,  ///< a bit ahead of each element: 0 while another follows
+    linked    ///< a bit behind each element: 1 while another follows
 };
 
 struct wire_item {
@@ -64,16 +65,18 @@ struct wire_item {
         array,
         group,     ///< items under conditions
         block,     ///< items behind the number of their octets
+        window,    ///< items that take as many bits as the member says, or as many octets as are left
         align,     ///< zero bits up to a whole octet
         word       ///< laid by `lay_wire`: fields, constants and presences that are coded at once
     };
 
     what          kind = what::field;
     wire_place    member;
-    std::uint32_t width = 0;      ///< bits; of a block, those of its length field
+    std::uint32_t width = 0;      ///< bits; of a block, those of its length field; of a window, those it takes at most
     std::uint32_t value = 0;
     std::uint32_t minus = 0;      ///< the wire has the value less this
     bool          inverse = false;
+    bool          keeps = false;  ///< window: the member is not on the wire and keeps the octets
     std::uint32_t record_id = 0;  ///< record; choice: the union; array of elements: the element
     wire_place    other;          ///< choice: the selector; array: its count, where it has one
     std::string   name;           ///< block: of what stands in it
@@ -91,7 +94,7 @@ struct wire_item {
     wire_place    trim;               ///< block: member with the octets of its content; no steps: none
 
     std::vector<wire_condition> conditions;
-    std::vector<wire_item>      items;      ///< group, block, word
+    std::vector<wire_item>      items;      ///< group, block, window, word
     std::vector<wire_item>      otherwise;  ///< group
 };
 
@@ -109,6 +112,9 @@ struct wire_option {
     std::string                name;
     std::string                clause;
 };
+
+/// Octets that a window has room for; its items never take more.
+inline constexpr std::uint32_t window_octets = 64;
 
 /// The codec of one record.
 struct wire_codec {
