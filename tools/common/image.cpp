@@ -42,6 +42,8 @@ private:
     value_node list_nodes(const resolved_type &type, const laid_record &whole, const site &where) const;
     void       add_texts(value_node &node, const resolved_type *type, const site &where) const;
 
+    void       keep_counted(value_node &node, const laid_record &whole, const laid_member &each,
+                            const site &where) const;
     std::optional<std::int64_t> plain_number(const laid_record &whole, std::uint32_t index, const site &where) const;
     std::optional<std::uint64_t> run_time_count(const laid_record &whole, const laid_member &each,
                                                 const site &where) const;
@@ -246,7 +248,35 @@ value_node reader::member(const laid_record &whole, const laid_member &each, con
     }
     site place = where;
     place.at = tail(where.at, each.offset);
-    return value(each.type, 0, place);
+    value_node node = value(each.type, 0, place);
+    if (!whole.is_union() && each.row->role == RW_ROLE_ARRAY) {
+        keep_counted(node, whole, each, where);
+    }
+    return node;
+}
+
+/* The dictionary does not tell what counts an array in place; by the stack's convention it is the member `no_` and the
+ * array's own name. */
+void reader::keep_counted(value_node &node, const laid_record &whole, const laid_member &each, const site &where) const
+{
+    const std::string name = std::string("no_") + each.row->name;
+    const auto        found = std::find_if(whole.members.begin(), whole.members.end(), [&](const laid_member &other) {
+        return other.row->name == name;
+    });
+    if (found == whole.members.end() || node.partial) {
+        return;
+    }
+    const auto         index = static_cast<std::uint32_t>(found - whole.members.begin());
+    const std::int64_t count = plain_number(whole, index, where).value_or(-1);
+    const std::size_t  all = node.form == shape::octets ? node.bytes.size() : node.children.size();
+    if (count < 0 || static_cast<std::uint64_t>(count) >= all) {
+        return;
+    }
+    const auto kept = static_cast<std::size_t>(count);
+    node.note = fmt::format("{} of {}", kept, all);
+    node.bytes.resize(std::min(kept, node.bytes.size()));
+    node.words.resize(std::min(kept, node.words.size())); // a character an octet, where there are any
+    node.children.resize(std::min(kept, node.children.size()));
 }
 
 value_node reader::bit_field(const laid_member &each, const site &where) const
