@@ -1,6 +1,7 @@
 // The short form of a value tree: what serves other members is left out, what has content stays.
 #include <gtest/gtest.h>
 
+#include "asn1_text.h"
 #include "print.h"
 
 namespace solvane::tools {
@@ -51,6 +52,50 @@ TEST(brief, leaves_out_what_serves_another_member)
     EXPECT_EQ(out.children[1].bytes, (octets{1, 2, 3}));
     EXPECT_EQ(out.children[2].form, shape::octets) << "a pointer stands for what it leads to";
     EXPECT_EQ(out.children[2].bytes, (octets{7}));
+}
+
+value_node typed(value_node node, const char *type)
+{
+    node.type = type;
+    return node;
+}
+
+TEST(asn1_text, writes_the_value_notation)
+{
+    value_node octets_value = typed(with_form("nas_Message", shape::record), "AsnOcts");
+    octets_value.children = {number("octetLen", 2), with_form("octs", shape::octets)};
+    octets_value.children[1].bytes = {0x07, 0x45};
+    value_node bits = typed(with_form("cell_Id", shape::record), "AsnBits");
+    bits.children = {number("bitLen", 3), with_form("bits", shape::octets)};
+    bits.children[1].bytes = {0xA0};
+    value_node digit = typed(bits, "AsnBits");
+    digit.name = "mask";
+    digit.children[0].number = 8;
+    value_node cause = typed(number("cause", 1), "Lte_Cause");
+    cause.literal = "Lte_Cause_high_Priority";
+    value_node list = with_form("bands", shape::list);
+    list.children = {number("", 3), typed(number("", 0), "AsnBool")};
+    value_node choice = with_form("c1", shape::record);
+    value_node chosen = with_form("a", shape::record);
+    chosen.children = {typed(with_form("release", shape::record), "AsnNull")};
+    choice.children = {number("ChoiceId", 0), chosen};
+    value_node unknown = with_form("c2", shape::record);
+    unknown.children = {number("ChoiceId", 7), with_form("a", shape::absent)};
+    value_node message = with_form("", shape::record);
+    message.children = {octets_value, bits, digit, cause, list, choice, unknown, with_form("e", shape::record)};
+    EXPECT_EQ(asn1_text(message), R"({
+    nas-Message '0745'H,
+    cell-Id '101'B,
+    mask 'a0'H,
+    cause high-Priority,
+    bands {
+        3,
+        FALSE
+    },
+    c1 release : NULL,
+    c2 -- alternative 7, of a later release --,
+    e { }
+})");
 }
 
 } // namespace

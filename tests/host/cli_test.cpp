@@ -457,6 +457,53 @@ TEST(decode, follows_pointers_counts_and_lists)
          "pair_struct /* stack, 1 octet */  broken off, 0 of 1 octets used\n    one  0\n    two  0\n"},
         {"not survived", {"decode", "pair_struct", "ee00", "--isolate"}, 6, "",
          "solvane-host: the library died on a pair_struct: ee00\n"},
+        {"a container", {"decode", "odd_struct", "0105", "--open", "bits=pair_struct"}, 0, R"x(odd_struct /* stack, 2 octets */
+    kind    2
+    number  0
+    pd      0
+    ti      0
+    wide    0
+    colour  0 RED
+    choice  (case 2)
+        word  7
+    extraP  1
+    extra   9
+    data    0105
+    grid
+        [0]
+            [0]  0
+            [1]  0
+            [2]  0
+        [1]
+            [0]  0
+            [1]  0
+            [2]  0
+    links
+        [0]  null
+        [1]
+            one  0
+            two  0
+    bits
+        bitLen       9
+        bits         0080
+        pair_struct
+            one  0
+            two  128
+    pairs
+        [0]
+            one  1  "first"
+            two  11
+        [1]
+            one  2  "second"
+            two  12
+    loose   00000000  (no selector named)
+    name    0000000000000000
+    last    0
+)x", ""},
+        {"a container without a structure", {"decode", "odd_struct", "0105", "--open", "data"}, 2, "",
+         "solvane-host: data: give the member and the structure, MEMBER=STRUCT\n"},
+        {"a container of an unknown one", {"decode", "odd_struct", "0105", "--open", "data=pair_strct"}, 1, "",
+         "solvane-host: no codec for pair_strct; did you mean pair_struct?\n"},
         {"no codec", {"decode", "pair_strct", "00"}, 1, "", "solvane-host: no codec for pair_strct; did you mean pair_struct?\n"},
         {"no dictionary", {"decode", "unknown_struct", "00"}, 1, "", "solvane-host: unknown_struct is in no dictionary\n"},
         {"a recording", {"decode", "-r", "-", "-tn"}, 1,

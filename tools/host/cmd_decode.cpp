@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include "asn1_text.h"
 #include "byte_source.h"
 #include "commands.h"
 #include "failure.h"
@@ -22,6 +23,8 @@ struct decode_options {
     std::string              times = "relative";
     bool                     isolate = false;
     bool                     all = false;
+    bool                     asn1 = false;
+    std::vector<std::string> open;
 };
 
 /// A message that is to be shown: where it comes from and what it holds.
@@ -36,7 +39,7 @@ const char *error_word(const PerError &error)
     return error.code == 0 ? "none" : error.code == 1 ? "soft" : "hard";
 }
 
-void show(session &work, const subject &about, const message_tree &found, bool all, time_format &times)
+void show(session &work, const subject &about, const message_tree &found, const decode_options &options, time_format &times)
 {
     if (!work.settings.json) {
         work.line((about.from != nullptr ? times.text(about.from->time) : "") + work.paint(ink::type, about.name) +
@@ -44,7 +47,11 @@ void show(session &work, const subject &about, const message_tree &found, bool a
                   work.paint(ink::note, fmt::format("/* {}, {} */", found.in->name,
                                                     counted(about.message.size(), "octet"))) +
                   (found.remarks.empty() ? "" : "  " + work.paint(ink::bad, found.remarks)));
-        print_value(work, all ? found.value : brief(found.value));
+        if (options.asn1) {
+            work.line(asn1_text(found.value));
+        } else {
+            print_value(work, options.all ? found.value : brief(found.value));
+        }
         return;
     }
     json out = json_object("decoded");
@@ -67,7 +74,7 @@ void show(session &work, const subject &about, const message_tree &found, bool a
 /* False when the library died on it. */
 bool decode(session &work, const subject &about, const decode_options &options, time_format &times)
 {
-    const message_tree found = tree_of(work, about.name, about.message, options.isolate);
+    message_tree found = tree_of(work, about.name, about.message, options.isolate);
     if (found.in == nullptr) {
         work.finding(fmt::format("{} is in no dictionary", about.name));
         return true;
@@ -79,7 +86,10 @@ bool decode(session &work, const subject &about, const decode_options &options, 
     if (!found.remarks.empty()) {
         work.note_finding();
     }
-    show(work, about, found, options.all, times);
+    for (const auto &each : options.open) {
+        open_containers(work, found.value, each, options.isolate);
+    }
+    show(work, about, found, options, times);
     return true;
 }
 
@@ -154,12 +164,17 @@ command decode_command()
         "followed.  Of a recording every inter-layer message with a codec is decoded.  Octets left over, values out of\n"
         "range and messages broken off are findings.",
         {{"decode mm_peer_lu_rej_struct 050402", "octets of a message whose structure is known"},
+         {"decode Lte_PCCH_Message - --asn1 < page.hex", "in ASN.1 value notation"},
+         {"decode Lte_UL_DCCH_Message - --open dedicatedInfoNAS=emm_peer_attach_req_struct < up.hex",
+          "the message that an octet string holds as well"},
          {"decode -r run.pcapng", "all messages of a recording"},
          {"decode -r run.pcapng --json --isolate", "for programs, each message tried in a child process first"}},
         {{"STRUCT", "a structure of the peer table", &options->name, false},
          {"HEX", "octets of the message, or - for hex on standard input", &options->words, false}},
         {{"-r,--read", "FILE", "decode the messages of a recording", &options->read, {}, completes::file},
          {"-t,--time", "FORMAT", "relative, delta, absolute, epoch or none", &options->times},
+         {"--asn1", "", "in ASN.1 value notation", &options->asn1},
+         {"--open", "MEMBER=STRUCT", "decode octet strings of that member too", &options->open},
          {"--all", "", "also what is absent, counts, capacities and flags", &options->all},
          {"--isolate", "", "try every message in a child process first", &options->isolate}},
         [options](session &work) { return run(work, *options); },

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "failure.h"
 #include "lookup.h"
 #include "wire_value.h"
 
@@ -62,6 +63,43 @@ void read_by_form(session &work, const std::string &name, const octets &message,
     } else if (found.octets_used < message.size()) {
         out.remarks = fmt::format("{} of {} octets used", found.octets_used, message.size());
     }
+}
+
+/* The octets of a member: an array's own, or those of the record that an octet or bit string is. */
+const octets *content_of(const value_node &node)
+{
+    if (node.form == shape::octets) {
+        return &node.bytes;
+    }
+    for (const auto &each : node.children) {
+        const bool content = node.form == shape::pointer || each.name == "octs" || each.name == "bits" ||
+                             each.name == "message";
+        if (content) {
+            return content_of(each);
+        }
+    }
+    return nullptr;
+}
+
+void open_member(session &work, value_node &node, const std::string &member, const std::string &name, bool isolate)
+{
+    const octets *content = node.name == member ? content_of(node) : nullptr;
+    if (content == nullptr) {
+        for (auto &each : node.children) {
+            open_member(work, each, member, name, isolate);
+        }
+        return;
+    }
+    message_tree inner = tree_of(work, name, *content, isolate);
+    if (!inner.read) {
+        work.finding(fmt::format("{} holds no {}", member, name));
+        return;
+    }
+    if (!inner.remarks.empty()) {
+        work.finding(fmt::format("{} in {}: {}", name, member, inner.remarks));
+    }
+    inner.value.name = name;
+    node.children.push_back(std::move(inner.value));
 }
 
 /* What tells nothing that the line does not tell otherwise. */
@@ -140,6 +178,17 @@ std::string inline_text(const value_node &node)
     case shape::cut: return "?";
     }
     return {};
+}
+
+void open_containers(session &work, value_node &in, const std::string &what, bool isolate)
+{
+    const auto equals = what.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        throw failure(exit_usage, fmt::format("{}: give the member and the structure, MEMBER=STRUCT", what));
+    }
+    const std::string name = what.substr(equals + 1);
+    find_peer_row(work, name);
+    open_member(work, in, what.substr(0, equals), name, isolate);
 }
 
 } // namespace solvane::tools

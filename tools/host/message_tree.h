@@ -26,6 +26,11 @@ struct message_tree {
 /// tries the codec first.
 message_tree tree_of(session &work, const std::string &name, const octets &message, bool isolate);
 
+/// Decodes containers: the octets of every member that `what`, "member=structure", names become that structure, which
+/// stands below them under its name.  Throws `failure` (exit_usage) where there is no `=` in it.  Octets that cannot be
+/// read are told as a finding.
+void open_containers(session &work, value_node &in, const std::string &what, bool isolate);
+
 /// The members in a line, `name=value`; counts, capacities and the code of the message itself are left out, long
 /// arrays told by their size.
 std::string inline_text(const value_node &node);
