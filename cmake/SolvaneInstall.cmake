@@ -7,7 +7,9 @@ set(SOLVANE_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/solvane)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/solvane)
 
 install(TARGETS solvane LIBRARY DESTINATION ${SOLVANE_PLUGIN_DIR})
-install(TARGETS solvane-gen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(NOT SOLVANE_GENERATOR)
+    install(TARGETS solvane-gen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(FILES include/solvane/solvane.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/solvane)
 install(FILES cmake/SolvaneGenerate.cmake DESTINATION ${package_dir})
 
