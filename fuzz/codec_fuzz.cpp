@@ -2,7 +2,8 @@
 // and read no further than a fixed part behind the frame.  What came out of a frame packs, and what was packed comes
 // out of its octets and packs the same again.
 //
-// Input: the number of the row in its family, then the frame.  SOLVANE_FUZZ_FAMILY is the family's identifier.
+// Input: the number of the row in its family in two octets, then the frame.  SOLVANE_FUZZ_FAMILY is the family's
+// identifier, SOLVANE_FUZZ_BEHIND the octets behind a frame that its codecs may look at (docs/trust.md).
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -13,8 +14,8 @@
 
 namespace {
 
-constexpr std::size_t fixed_part = 64;    ///< octets behind the frame that may be looked at
-constexpr std::size_t room       = 1 << 18;
+constexpr std::size_t fixed_part = SOLVANE_FUZZ_BEHIND;
+constexpr std::size_t room       = 1 << 20;
 
 std::vector<void *> blocks;
 
@@ -80,10 +81,10 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const tt_peer_family &family = tt_peer_families[SOLVANE_FUZZ_FAMILY];
-    if (size == 0 || size > 4000 || family.count == 0)
+    if (size < 2 || size > 4000 || family.count == 0)
         return 0;
-    const tt_peer_row &row   = family.rows[data[0] % family.count];
-    const octets       first = pack_again(row, data + 1, size - 1);
+    const tt_peer_row &row   = family.rows[(data[0] << 8U | data[1]) % family.count];
+    const octets       first = pack_again(row, data + 2, size - 2);
     pack_again(row, first.data(), first.size());
     give_back();
     return 0;

@@ -11,8 +11,8 @@ namespace solvane::tools {
 namespace {
 
 /* The classifier reads up to byte 3 of the peer buffer whatever its length, and codecs read on past the end of theirs:
- * the zeros there decode to the smallest value of each type, so no message wants more than this. */
-constexpr std::size_t room_behind = 4096;
+ * the zeros there decode to the smallest value of each type, of which a garbled list can have thousands. */
+constexpr std::size_t room_behind = 262144;
 
 std::string name_of(const plugin &loaded, const tt_msg_struct &record)
 {
@@ -67,7 +67,7 @@ bool carries_message(const packet &what)
 verdict classify(const plugin &loaded, layer_message message, std::uint8_t entity)
 {
     const std::size_t length = message.peer.size();
-    message.peer.resize(length + (length != 0 ? room_behind : 0));
+    message.peer.resize(length + (length != 0 ? sizeof(std::uint32_t) : 0));
     tt_msg_struct record = as_record(message, entity);
     record.peer_buff.no_peer_buff_ptr = static_cast<std::uint16_t>(length);
     if (entity != ENTITY_DEFAULT && message.local_params.empty()) {
