@@ -1,0 +1,2 @@
+solvane_bench(codec_bench codec.cpp LIBS solvane_core)
+target_link_libraries(codec_bench PRIVATE solvane_generated_headers)
